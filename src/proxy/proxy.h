@@ -1,0 +1,55 @@
+// The proxy as the program sees it: the Tunnels and Channels collections on
+// one io_context, the companion link, and the close-down at program end.
+// Everything here runs on the io_context's thread; the program calls in by
+// posting to it.
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include <asio/io_context.hpp>
+
+#include "core/settings.h"
+#include "core/settings_store.h"
+
+namespace brindle {
+
+class CTunnel;
+
+struct ProxyOptions {
+  uint16_t companionControlPort = 5555;  // tests use another port
+  uint16_t firstSslPort = 1024;          // where FindFreeLocalPort starts
+};
+
+class Proxy {
+ public:
+  Proxy(asio::io_context& io, SettingsStore& settings, ProxyOptions options = {});
+  ~Proxy();
+  Proxy(const Proxy&) = delete;
+  Proxy& operator=(const Proxy&) = delete;
+
+  // Creates a tunnel at the end of Tunnels; starts it when the record says
+  // AutoStart. `started` (optional) gets start's error number (0 = listening)
+  // once the start, including any route registration, has finished.
+  CTunnel& AddTunnel(const TunnelRecord& record, std::function<void(int error)> started = {});
+
+  const std::vector<std::unique_ptr<CTunnel>>& Tunnels() const;
+  size_t ChannelCount() const;
+
+  // Program start: is the companion answering on its control port (up to 3 s)?
+  void ProbeCompanion(std::function<void(bool up)> done);
+
+  // Program end: every channel closed, every tunnel stopped (SSL tunnels
+  // withdraw their routes), then "QUIT" to the companion. `done` runs when
+  // the last exchange has ended.
+  void CloseDown(std::function<void()> done);
+
+ private:
+  struct Impl;
+  std::unique_ptr<Impl> impl_;
+};
+
+}  // namespace brindle
