@@ -20,6 +20,10 @@ using MessageBoxSink = std::function<void(std::string_view text, std::string_vie
 MessageBoxSink SetMessageBoxSink(MessageBoxSink sink);
 void ShowMessageBox(std::string_view text, std::string_view title, BoxIcon icon);
 
+// The platform's presenter, for the program to install: a dialog on Windows;
+// standard error and the system log on POSIX.
+MessageBoxSink PlatformMessageBoxPresenter();
+
 // Records the boxes shown while it lives (for tests).
 class MessageBoxCapture {
  public:

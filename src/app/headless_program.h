@@ -1,0 +1,25 @@
+// The program on POSIX: no client to host, so it runs headless. It starts
+// like the Windows program (companion, settings, tunnels), then lives until
+// SIGINT or SIGTERM, or, when given a client program, until that program
+// ends, and shuts down in the same order with the same milestones.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace brindle::app {
+
+struct HeadlessConfig {
+  std::string programDir;           // where the companion lies
+  std::string settingsDir;          // the settings folder in use
+  std::vector<std::string> client;  // PROGRAM [ARGS...], or empty
+  uint16_t companionControlPort = 5555;
+  bool companionPortMoved = false;  // tell the companion its port
+};
+
+// Runs the program to its end and returns the exit status: 0 after a
+// signal, the client's status with a client, non-zero when start-up failed.
+int RunHeadless(const HeadlessConfig& config);
+
+}  // namespace brindle::app

@@ -1,0 +1,81 @@
+#include <signal.h>
+#include <stdlib.h>
+#include <unistd.h>
+
+#include <filesystem>
+#include <optional>
+
+#include <gtest/gtest.h>
+#include <asio/io_context.hpp>
+
+#include "app/child_process.h"
+#include "app/instance_lock.h"
+
+namespace brindle::app {
+namespace {
+
+std::string TempFolder() {
+  char pattern[] = "/tmp/brindle-app-XXXXXX";
+  return mkdtemp(pattern);
+}
+
+TEST(InstanceLock, OneHolderPerFolderUntilItGoes) {
+  const std::string root = TempFolder();
+  const std::string folder = root + "/deeper/OE Brindle";  // created on the way
+  std::optional<InstanceLock> first, second;
+  std::string detail;
+  ASSERT_EQ(InstanceLock::Acquire(folder, first, detail), InstanceLock::Result::kAcquired)
+      << detail;
+  EXPECT_EQ(InstanceLock::Acquire(folder, second, detail), InstanceLock::Result::kHeldByAnother);
+  EXPECT_FALSE(second.has_value());
+
+  // A child started while the lock is held does not inherit it: once the
+  // holder lets go, the next start gets in although the child still runs.
+  asio::io_context io;
+  ChildWatcher children(io);
+  std::string error;
+  const pid_t child = SpawnProcess("sleep", {"30"}, true, error);
+  ASSERT_GT(child, 0) << error;
+  first.reset();
+  EXPECT_EQ(InstanceLock::Acquire(folder, second, detail), InstanceLock::Result::kAcquired);
+  kill(child, SIGKILL);
+  int status = -1;
+  children.Watch(child, [&](int s) { status = s; });
+  while (status < 0 && io.run_one()) {
+  }
+  EXPECT_EQ(status, 128 + SIGKILL);
+  std::filesystem::remove_all(root);
+}
+
+TEST(ChildWatcher, ReportsEachChildsStatusAsAShellWould) {
+  asio::io_context io;
+  ChildWatcher children(io);
+  std::string error;
+  const pid_t ok = SpawnProcess("/bin/sh", {"-c", "exit 0"}, false, error);
+  const pid_t three = SpawnProcess("sh", {"-c", "exit 3"}, true, error);
+  const pid_t killed = SpawnProcess("sh", {"-c", "kill -TERM $$"}, true, error);
+  ASSERT_GT(ok, 0);
+  ASSERT_GT(three, 0);
+  ASSERT_GT(killed, 0);
+  std::map<pid_t, int> statuses;
+  for (pid_t pid : {ok, three, killed})
+    children.Watch(pid, [&statuses, pid](int s) { statuses[pid] = s; });
+  while (statuses.size() < 3 && io.run_one()) {
+  }
+  EXPECT_EQ(statuses[ok], 0);
+  EXPECT_EQ(statuses[three], 3);
+  EXPECT_EQ(statuses[killed], 128 + SIGTERM);
+  EXPECT_FALSE(children.Running(three));
+}
+
+TEST(ChildWatcher, AProgramThatCannotBeStartedIsAnErrorNotAChild) {
+  std::string error;
+  EXPECT_EQ(SpawnProcess("/nonexistent/SslBridge", {}, false, error), -1);
+  EXPECT_NE(error.find("/nonexistent/SslBridge"), std::string::npos);
+  error.clear();
+  EXPECT_EQ(SpawnProcess("brindle-no-such-client", {}, true, error), -1);
+  EXPECT_FALSE(error.empty());
+}
+
+}  // namespace
+}  // namespace brindle::app

@@ -1,0 +1,44 @@
+// The load sequence's services as the program provides them: the companion
+// launched by a platform function, the proxy's probe and tunnels, the
+// settings found by the settings subsystem and published in the store.
+#pragma once
+
+#include <functional>
+#include <string>
+
+#include "core/settings_store.h"
+#include "core/startup.h"
+#include "proxy/proxy.h"
+
+namespace brindle::app {
+
+struct ProgramHooks {
+  std::string companionFileName;
+  std::function<bool()> launchCompanion;
+  std::function<int16_t()> defaultLanguage;
+  std::function<LoadedSettings(int16_t defaultLanguage, const TunnelSink& sink)> loadSettings;
+};
+
+class ProgramServices : public StartupServices {
+ public:
+  ProgramServices(Proxy& proxy, SettingsStore& store, ProgramHooks hooks)
+      : proxy_(proxy), store_(store), hooks_(std::move(hooks)) {}
+
+  std::string CompanionFileName() const override { return hooks_.companionFileName; }
+  bool LaunchCompanion() override { return hooks_.launchCompanion(); }
+  void ProbeCompanion(std::function<void(bool)> done) override {
+    proxy_.ProbeCompanion(std::move(done));
+  }
+  int16_t DefaultLanguage() override { return hooks_.defaultLanguage(); }
+  LoadedSettings LoadSettings(int16_t defaultLanguage, const TunnelSink& sink) override;
+  void AddTunnel(const TunnelRecord& record, std::function<void(int)> started) override {
+    proxy_.AddTunnel(record, std::move(started));
+  }
+
+ private:
+  Proxy& proxy_;
+  SettingsStore& store_;
+  ProgramHooks hooks_;
+};
+
+}  // namespace brindle::app
