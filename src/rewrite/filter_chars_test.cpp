@@ -1,0 +1,62 @@
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "rewrite/incoming_filters.h"
+
+namespace brindle {
+namespace {
+
+// Every byte value once, in order.
+std::string AllBytes() {
+  std::string all;
+  for (int c = 0; c < 256; ++c) all.push_back(static_cast<char>(c));
+  return all;
+}
+
+bool Kept(int c) {
+  return c >= 9 && (c <= 13 || c >= 32);
+}
+
+TEST(FilterChars, BlankModeBlanksExactlyTheControlCodesAndKeepsTheLength) {
+  const std::string out = FilterChars(AllBytes(), 1);
+  ASSERT_EQ(out.size(), 256u);
+  for (int c = 0; c < 256; ++c) {
+    EXPECT_EQ(static_cast<unsigned char>(out[c]), Kept(c) ? c : ' ') << "code " << c;
+  }
+}
+
+TEST(FilterChars, OtherModesDeleteTheSameCodes) {
+  std::string expected;
+  for (int c = 0; c < 256; ++c) {
+    if (Kept(c)) expected.push_back(static_cast<char>(c));
+  }
+  for (int16_t mode : {0, 2, 7}) {
+    EXPECT_EQ(FilterChars(AllBytes(), mode), expected) << "mode " << mode;
+  }
+}
+
+TEST(FilterChars, DownloadedArticleWithTerminalCodes) {
+  // An ANSI colour sequence, a backspace, a stray ^A, a tab, a form feed and
+  // windows-1250 letters, as some servers hand them out.
+  const std::string article =
+      "220 4711 <a1@news.example.org> article\r\n"
+      "From: \"J\xf3zef\" <jozef@example.pl>\r\n"
+      "Subject: \x1b[1mkolor\x1b[0m\r\n"
+      "\r\n"
+      "Za\xbf\xf3\xb3\x63 g\xea\x9cl\xb9 ja\x9f\xf1\x08!\x01\r\n"
+      "\tkolumna\x0bpionowa\x0c\r\n"
+      ".\r\n";
+  const std::string expected =
+      "220 4711 <a1@news.example.org> article\r\n"
+      "From: \"J\xf3zef\" <jozef@example.pl>\r\n"
+      "Subject:  [1mkolor [0m\r\n"
+      "\r\n"
+      "Za\xbf\xf3\xb3\x63 g\xea\x9cl\xb9 ja\x9f\xf1 ! \r\n"
+      "\tkolumna\x0bpionowa\x0c\r\n"
+      ".\r\n";
+  EXPECT_EQ(FilterChars(article, 1), expected);
+}
+
+}  // namespace
+}  // namespace brindle
