@@ -1,7 +1,6 @@
 // Per-sender signatures of outgoing news articles.
 #pragma once
 
-#include <cstdint>
 #include <string>
 #include <string_view>
 
@@ -20,7 +19,7 @@ class RandomSource {
 RandomSource& DefaultRandomSource();
 
 // 0..n inclusive: integer part of Next() * (n + 1).
-int16_t RandomIndex(int n, RandomSource& random);
+int RandomIndex(int n, RandomSource& random);
 
 // The From header's value after "From:" and one blank; empty when there is no From.
 std::string GetSender(std::string_view text);
