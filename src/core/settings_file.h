@@ -1,0 +1,34 @@
+// The settings file "OE_Brindle.ini": reading it into the settings
+// variables, and writing them back whole. The file is bytes in the system's
+// single-byte code page and is never converted.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include "core/settings.h"
+#include "core/settings_lines.h"
+
+namespace brindle {
+
+// Reads a whole settings file into s, over the defaults already in it. Each
+// tunnel record is appended to s.tunnels and handed to sink (when set) as
+// soon as it is complete, in file order. Never fails: what cannot be read is
+// skipped and logged as a warning, and the variable keeps its value.
+void LoadSettings(std::string_view fileBytes, Settings& s, const TunnelSink& sink);
+
+// The whole file as SaveSettings2Ini writes it (CR LF line ends).
+std::string SettingsFileText(const Settings& s);
+
+// Where SaveSettings2Ini writes: s.strIniPath, or "OE_Brindle.ini" in
+// programDir when that path is empty.
+std::string SettingsTargetPath(const Settings& s, const std::string& programDir);
+
+// Writes the file to path, creating its folder when missing, and replaces
+// the old file only once the new one is complete. A failure is logged.
+bool WriteSettingsFile(const Settings& s, const std::string& path);
+
+// Writes the whole file to s.strIniPath (or beside the program, see above).
+bool SaveSettings2Ini(const Settings& s);
+
+}  // namespace brindle

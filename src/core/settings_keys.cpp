@@ -1,0 +1,108 @@
+#include "core/settings_keys.h"
+
+#include <array>
+
+namespace brindle {
+namespace {
+
+using R = MiscRule;
+using S = Settings;
+
+const std::array kMiscKeys{
+    MiscKey{"ISO", R::kOneOrZero, &S::intISO},
+    MiscKey{"MinimizeOE", R::kNumber, &S::intMinimizeOE},
+    MiscKey{"WrapText", R::kNumber, &S::intWrap},
+    MiscKey{"BottomPosting", R::kNumber, &S::intBottomPosting},
+    MiscKey{"StripReferences", R::kNumber, &S::intStripRef},
+    MiscKey{"ChangeXNewsreader", R::kNumber, &S::intXNewsreader},
+    MiscKey{"ChangeXMimeOLE", R::kNumber, &S::intXMimeOLE},
+    MiscKey{"ChangeXMimeOLEMail", R::kNumber, &S::intXMimeOLEMail},
+    MiscKey{"ChangeXMailer", R::kNumber, &S::intXMailer},
+    MiscKey{"XNewsreader", R::kText, nullptr, &S::strXNewsreader},
+    MiscKey{"XMimeOLE", R::kText, nullptr, &S::strXMimeOLE},
+    MiscKey{"XMimeOLEMail", R::kText, nullptr, &S::strXMimeOLEMail},
+    MiscKey{"XMailer", R::kText, nullptr, &S::strXMailer},
+    MiscKey{"BeginFilter", R::kNumber, &S::intBeginFilter},
+    MiscKey{"CharFiltering", R::kFilterMode, &S::intCharFiltering},
+    MiscKey{"AsianFilter", R::kNumber, &S::intAsianFilter},
+    MiscKey{"AFPercentage", R::kNumber, &S::intAFPercentage},
+    MiscKey{"AFMin", R::kNumber, &S::intAFMin},
+    MiscKey{"Preview", R::kOneOrZero, &S::intPreview},
+    MiscKey{"QuoteFix", R::kNumber, &S::intQuoteFix},
+    MiscKey{"PreviewProcessing", R::kNumber, &S::intPreviewProcessing},
+    MiscKey{"OVRWarning", R::kNumber, &S::intOVRWarning},
+    MiscKey{"TrayIcon", R::kNumber, &S::intTrayIcon},
+    MiscKey{"SpammerAddress", R::kText, nullptr, &S::strSpammerAddress},
+    MiscKey{"SpammersBase", R::kText, nullptr, &S::strSpammers},
+    MiscKey{"LogFile", R::kText, nullptr, &S::strLog},
+    MiscKey{"Styles", R::kText, nullptr, &S::strStyles},
+    MiscKey{"OEWindowStartupState", R::kNumber, &S::intOEWindowStartupState},
+    MiscKey{"CursorOnTop", R::kNumber, &S::intCoursorOnTop},
+    MiscKey{"Language", R::kLanguage, &S::intLanguage},
+    MiscKey{"AttachmentPath", R::kText, nullptr, &S::strAttachmentPath},
+    MiscKey{"VerticalQCompression", R::kNumber, &S::intVerticalQCompression},
+    MiscKey{"HorizontalQCompression", R::kNumber, &S::intHorizontalQCompression},
+    MiscKey{"ClickSecWindow", R::kNumber, &S::intClickSecWindow},
+    MiscKey{"TrayDoubleClick", R::kNumber, &S::intTrayDoubleClick},
+    MiscKey{"Winamp", R::kNumber, &S::intWinamp},
+    MiscKey{"LogoffAfterClose", R::kNumber, &S::intLogoffAfterClose},
+    MiscKey{"FQDNAfterEHLO", R::kNumber, &S::intFQDN},
+    MiscKey{"AutoMaximize", R::kNumber, &S::intAutoMaximize},
+    MiscKey{"AutoCC", R::kText, nullptr, &S::strCCAddress},
+    MiscKey{"AutoBCC", R::kText, nullptr, &S::strBCCAddress},
+};
+
+struct LanguageName {
+  std::string_view code;
+  int16_t base;
+};
+
+// Written and read. Spanish has no entry here: it is read as "SP" only.
+constexpr std::array kLanguageCodes{
+    LanguageName{"PL", kLangPolish}, LanguageName{"EN", kLangEnglish},
+    LanguageName{"DE", kLangGerman}, LanguageName{"SI", kLangSlovenian},
+    LanguageName{"FR", kLangFrench},
+};
+
+char AsciiLower(char c) {
+  return (c >= 'A' && c <= 'Z') ? static_cast<char>(c - 'A' + 'a') : c;
+}
+
+}  // namespace
+
+bool EqualsNoCase(std::string_view a, std::string_view b) {
+  if (a.size() != b.size()) return false;
+  for (size_t i = 0; i < a.size(); ++i) {
+    if (AsciiLower(a[i]) != AsciiLower(b[i])) return false;
+  }
+  return true;
+}
+
+std::span<const MiscKey> MiscKeys() {
+  return kMiscKeys;
+}
+
+const MiscKey* FindMiscKey(std::string_view key) {
+  if (EqualsNoCase(key, "CoursorOnTop")) key = "CursorOnTop";
+  for (const MiscKey& k : kMiscKeys) {
+    if (EqualsNoCase(k.name, key)) return &k;
+  }
+  return nullptr;
+}
+
+std::optional<int16_t> LanguageFromFileCode(std::string_view code) {
+  for (const LanguageName& l : kLanguageCodes) {
+    if (EqualsNoCase(l.code, code)) return l.base;
+  }
+  if (EqualsNoCase("SP", code)) return kLangSpanish;
+  return std::nullopt;
+}
+
+std::string_view WrittenLanguageCode(int16_t base) {
+  for (const LanguageName& l : kLanguageCodes) {
+    if (l.base == base) return l.code;
+  }
+  return {};
+}
+
+}  // namespace brindle
