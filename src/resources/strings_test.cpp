@@ -1,0 +1,134 @@
+// Checks the compiled language tables against the English one: a lost line,
+// a dropped placeholder or accelerator, or a changed ending in a translation
+// shows up here.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <map>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "resources/language_tables.h"
+
+namespace brindle::resources {
+namespace {
+
+const LanguageTable& Table(std::string_view code) {
+  for (const auto& table : kLanguageTables) {
+    if (table.code == code) return table;
+  }
+  ADD_FAILURE() << "no table " << code;
+  return kLanguageTables[0];
+}
+
+// Placeholders of the quote-header patterns, longest first, so that "%nt"
+// is not counted as "%n".
+std::multiset<std::string> Placeholders(std::string_view text) {
+  static const char* const kKnown[] = {"%nt", "%et", "%nf", "%ef", "%n", "%e", "%i", "%d", "%s"};
+  std::multiset<std::string> found;
+  for (size_t at = text.find('%'); at != std::string_view::npos; at = text.find('%', at + 1)) {
+    std::string token = "%?";
+    for (const char* known : kKnown) {
+      if (text.substr(at).starts_with(known)) {
+        token = known;
+        break;
+      }
+    }
+    found.insert(token);
+  }
+  return found;
+}
+
+size_t Count(std::string_view text, char c) {
+  return static_cast<size_t>(std::count(text.begin(), text.end(), c));
+}
+
+// How a text ends, as far as joining it with other pieces cares.
+std::string Ending(std::string_view text) {
+  if (text.ends_with("...")) return "...";
+  if (text.ends_with(" ")) return "blank";
+  char last = text.back();
+  if (last == ':' || last == '.' || last == ')') return std::string(1, last);
+  return "other";
+}
+
+TEST(LanguageTables, SixLanguagesUnderTheirBasesAndIdentifiers) {
+  std::map<std::string_view, std::pair<int, int>> expected = {
+      {"pl", {1000, 1045}}, {"en", {2000, 1033}}, {"de", {3000, 1031}},
+      {"si", {4000, 1060}}, {"fr", {5000, 1036}}, {"sp", {6000, 1034}}};
+  ASSERT_EQ(kLanguageTables.size(), expected.size());
+  for (const auto& table : kLanguageTables) {
+    ASSERT_TRUE(expected.count(table.code)) << table.code;
+    EXPECT_EQ(table.base, expected[table.code].first) << table.code;
+    EXPECT_EQ(table.languageId, expected[table.code].second) << table.code;
+  }
+}
+
+TEST(LanguageTables, Identifier1000HoldsTheOwnBaseExceptInSpanish) {
+  for (const auto& table : kLanguageTables) {
+    if (table.code == "sp") {
+      EXPECT_TRUE(table.identifier1000.empty());
+    } else {
+      EXPECT_EQ(table.identifier1000, std::to_string(table.base)) << table.code;
+    }
+  }
+}
+
+TEST(LanguageTables, EveryTableHasAllTextsNonEmpty) {
+  for (const auto& table : kLanguageTables) {
+    EXPECT_TRUE(table.texts[0].empty());
+    for (int offset = 1; offset <= kLanguageStringCount; ++offset) {
+      std::string_view text = table.texts[offset];
+      EXPECT_FALSE(text.empty()) << table.code << " " << offset;
+      EXPECT_EQ(text.find_first_of("\r\n"), std::string_view::npos) << table.code << " " << offset;
+      EXPECT_FALSE(text.starts_with(" ")) << table.code << " " << offset;
+    }
+  }
+}
+
+TEST(LanguageTables, EnglishTextsThatOtherPartsRelyOn) {
+  const LanguageTable& en = Table("en");
+  EXPECT_EQ(en.texts[1], "&File");
+  EXPECT_EQ(en.texts[22], "Recently transferred data:");
+  EXPECT_EQ(en.texts[130], "Port");
+  EXPECT_EQ(en.texts[131], "is already in use. Enter another port number.");
+  EXPECT_EQ(en.texts[132], "tunnel starting error");
+  EXPECT_EQ(en.texts[133], "There was an error number");
+  EXPECT_EQ(en.texts[159], "Can't find msoe.dll.");
+  EXPECT_EQ(en.texts[173], "Encrypted connection:");
+}
+
+TEST(LanguageTables, TranslationsKeepPlaceholdersAcceleratorsAndEndings) {
+  const LanguageTable& en = Table("en");
+  for (const auto& table : kLanguageTables) {
+    if (table.code == "en") continue;
+    for (int offset = 1; offset <= kLanguageStringCount; ++offset) {
+      std::string_view english = en.texts[offset];
+      std::string_view text = table.texts[offset];
+      SCOPED_TRACE(std::string(table.code) + " " + std::to_string(offset) + ": " +
+                   std::string(text));
+      EXPECT_EQ(Placeholders(text), Placeholders(english));
+      EXPECT_EQ(Count(text, '&'), Count(english, '&'));
+      EXPECT_EQ(Ending(text), Ending(english));
+    }
+  }
+}
+
+TEST(LanguageTables, TranslationsAreTranslated) {
+  // A line copied from English is a slip; only a few short words ("Port",
+  // "Version", "Tunnels", "&OK") are the same in another language.
+  const LanguageTable& en = Table("en");
+  for (const auto& table : kLanguageTables) {
+    if (table.code == "en") continue;
+    std::vector<int> copied;
+    for (int offset = 1; offset <= kLanguageStringCount; ++offset) {
+      if (table.texts[offset] == en.texts[offset]) copied.push_back(offset);
+    }
+    EXPECT_LE(copied.size(), 8u) << table.code << ": " << ::testing::PrintToString(copied);
+  }
+}
+
+}  // namespace
+}  // namespace brindle::resources
