@@ -1,0 +1,128 @@
+#include "core/language.h"
+
+#include <algorithm>
+#include <array>
+#include <charconv>
+
+#include "resources/language_tables.h"
+
+namespace brindle {
+namespace {
+
+static_assert(kLanguageStringCount == resources::kLanguageStringCount);
+
+struct LanguageNames {
+  int16_t base;
+  std::string_view settingsCode;  // as the settings file writes it
+  std::string_view localeCode;    // ISO 639-1, as POSIX locales name it
+};
+
+constexpr std::array<LanguageNames, resources::kLanguageCount> kNames = {{
+    {kLangPolish, "PL", "pl"},
+    {kLangEnglish, "EN", "en"},
+    {kLangGerman, "DE", "de"},
+    {kLangSlovenian, "SI", "sl"},
+    {kLangFrench, "FR", "fr"},
+    {kLangSpanish, "SP", "es"},
+}};
+
+const resources::LanguageTable* TableOf(int16_t base) {
+  for (const auto& table : resources::kLanguageTables) {
+    if (table.base == base) return &table;
+  }
+  return nullptr;
+}
+
+const resources::LanguageTable& EnglishTable() {
+  return *TableOf(kLangEnglish);
+}
+
+char Lower(char c) {
+  return (c >= 'A' && c <= 'Z') ? static_cast<char>(c - 'A' + 'a') : c;
+}
+
+bool SameIgnoringCase(std::string_view a, std::string_view b) {
+  return std::equal(a.begin(), a.end(), b.begin(), b.end(),
+                    [](char x, char y) { return Lower(x) == Lower(y); });
+}
+
+// "pl_PL.UTF-8" -> "pl"; "de_DE@euro" -> "de"; "C" -> "c".
+std::string_view LocaleLanguage(std::string_view locale) {
+  return locale.substr(0, locale.find_first_of("_.@-"));
+}
+
+}  // namespace
+
+bool IsLanguageBase(int16_t base) {
+  return TableOf(base) != nullptr;
+}
+
+std::string_view LanguageString(int16_t base, int offset) {
+  if (offset < 1 || offset > kLanguageStringCount) return {};
+  const resources::LanguageTable* table = TableOf(base);
+  return (table ? *table : EnglishTable()).texts[offset];
+}
+
+std::string_view LanguageString(const Settings& settings, int offset) {
+  return LanguageString(settings.intLanguage, offset);
+}
+
+std::string_view LanguageString(const SettingsStore& store, int offset) {
+  return LanguageString(store.Current()->intLanguage, offset);
+}
+
+std::string MessageBoxTitle(int16_t base, int offset) {
+  std::string title(kMessageBoxTitlePrefix);
+  title += LanguageString(base, offset);
+  return title;
+}
+
+std::string MessageBoxTitle(const Settings& settings, int offset) {
+  return MessageBoxTitle(settings.intLanguage, offset);
+}
+
+std::string_view TwoLetterCode(int16_t base) {
+  for (const auto& names : kNames) {
+    if (names.base == base) return names.settingsCode;
+  }
+  return {};
+}
+
+std::optional<int16_t> BaseFromTwoLetterCode(std::string_view code) {
+  for (const auto& names : kNames) {
+    if (SameIgnoringCase(code, names.settingsCode)) return names.base;
+  }
+  return std::nullopt;
+}
+
+int16_t LanguageBaseFromIdentifier1000(std::string_view text) {
+  int value = 0;
+  const char* end = text.data() + text.size();
+  auto [stop, error] = std::from_chars(text.data(), end, value);
+  if (!text.empty() && error == std::errc() && stop == end) {
+    for (const auto& table : resources::kLanguageTables) {
+      if (table.base == value) return table.base;
+    }
+  }
+  return kLangEnglish;
+}
+
+int16_t LanguageBaseForLocale(std::string_view locale) {
+  std::string_view language = LocaleLanguage(locale);
+  for (const auto& names : kNames) {
+    if (SameIgnoringCase(language, names.localeCode)) {
+      return LanguageBaseFromIdentifier1000(TableOf(names.base)->identifier1000);
+    }
+  }
+  return kLangEnglish;
+}
+
+int16_t LanguageBaseFromEnvironment(const std::function<const char*(const char*)>& getenv) {
+  for (const char* name : {"LC_ALL", "LC_MESSAGES", "LANG"}) {
+    const char* value = getenv(name);
+    if (value && *value) return LanguageBaseForLocale(value);
+  }
+  return kLangEnglish;
+}
+
+}  // namespace brindle

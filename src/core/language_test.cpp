@@ -1,0 +1,114 @@
+#include "core/language.h"
+
+#include <gtest/gtest.h>
+
+#include <map>
+#include <string>
+
+namespace brindle {
+namespace {
+
+TEST(LanguageString, ReadsTheTableOfTheGivenBase) {
+  EXPECT_EQ(LanguageString(kLangEnglish, 22), "Recently transferred data:");
+  EXPECT_EQ(LanguageString(kLangEnglish, 131), "is already in use. Enter another port number.");
+  EXPECT_EQ(LanguageString(kLangPolish, 1), "&Plik");
+  EXPECT_EQ(LanguageString(kLangGerman, 1), "&Datei");
+  EXPECT_EQ(LanguageString(kLangSpanish, 159), "No se encuentra msoe.dll.");
+  // UTF-8 bytes, not converted to any code page.
+  EXPECT_EQ(LanguageString(kLangSlovenian, 173), "\xC5\xA0ifrirana povezava:");
+}
+
+TEST(LanguageString, OffsetsOutsideTheTableAreEmptyAndUnknownBasesReadEnglish) {
+  for (int16_t base : {kLangPolish, kLangSpanish}) {
+    EXPECT_EQ(LanguageString(base, 0), "");
+    EXPECT_EQ(LanguageString(base, 174), "");
+    EXPECT_EQ(LanguageString(base, -1), "");
+  }
+  EXPECT_EQ(LanguageString(int16_t{0}, 1), "&File");
+  EXPECT_EQ(LanguageString(int16_t{7000}, 173), "Encrypted connection:");
+  EXPECT_FALSE(IsLanguageBase(7000));
+  EXPECT_FALSE(IsLanguageBase(1001));
+  EXPECT_TRUE(IsLanguageBase(6000));
+}
+
+TEST(LanguageString, FollowsTheCurrentSettings) {
+  Settings settings;
+  settings.intLanguage = kLangFrench;
+  SettingsStore store(settings);
+  EXPECT_EQ(LanguageString(settings, 20), "Langue");
+  EXPECT_EQ(LanguageString(store, 20), "Langue");
+  settings.intLanguage = kLangGerman;
+  store.Replace(settings);
+  EXPECT_EQ(LanguageString(store, 20), "Sprache");
+}
+
+TEST(MessageBoxTitle, PrefixesTheProgramName) {
+  EXPECT_EQ(MessageBoxTitle(kLangEnglish, 132), "OE Brindle - tunnel starting error");
+  Settings settings;
+  settings.intLanguage = kLangPolish;
+  EXPECT_EQ(MessageBoxTitle(settings, 132),
+            "OE Brindle - b\xC5\x82\xC4\x85"
+            "d uruchamiania tunelu");
+}
+
+TEST(TwoLetterCode, MapsEveryBaseBothWays) {
+  const std::map<int16_t, std::string> codes = {{1000, "PL"}, {2000, "EN"}, {3000, "DE"},
+                                                {4000, "SI"}, {5000, "FR"}, {6000, "SP"}};
+  for (const auto& [base, code] : codes) {
+    EXPECT_EQ(TwoLetterCode(base), code);
+    EXPECT_EQ(BaseFromTwoLetterCode(code), base);
+  }
+  EXPECT_EQ(BaseFromTwoLetterCode("sp"), kLangSpanish);
+  EXPECT_EQ(BaseFromTwoLetterCode("De"), kLangGerman);
+  for (std::string_view unknown : {"", "ES", "SL", "P", "PLX", "EN "}) {
+    EXPECT_EQ(BaseFromTwoLetterCode(unknown), std::nullopt) << unknown;
+  }
+  EXPECT_EQ(TwoLetterCode(0), "");
+  EXPECT_EQ(TwoLetterCode(2001), "");
+}
+
+TEST(DefaultLanguage, Identifier1000TextNamesTheBaseOrFallsBackToEnglish) {
+  EXPECT_EQ(LanguageBaseFromIdentifier1000("1000"), kLangPolish);
+  EXPECT_EQ(LanguageBaseFromIdentifier1000("5000"), kLangFrench);
+  for (std::string_view broken :
+       {"", "abc", "2000x", " 3000", "+3000", "-1000", "1500", "7000", "99999999999999999999"}) {
+    EXPECT_EQ(LanguageBaseFromIdentifier1000(broken), kLangEnglish) << broken;
+  }
+}
+
+TEST(DefaultLanguage, LocaleLanguagePicksTheTableLikeThePlatformDoes) {
+  EXPECT_EQ(LanguageBaseForLocale("pl_PL.UTF-8"), kLangPolish);
+  EXPECT_EQ(LanguageBaseForLocale("de_AT@euro"), kLangGerman);
+  EXPECT_EQ(LanguageBaseForLocale("sl_SI"), kLangSlovenian);
+  EXPECT_EQ(LanguageBaseForLocale("fr"), kLangFrench);
+  EXPECT_EQ(LanguageBaseForLocale("FR_ca.ISO-8859-1"), kLangFrench);
+  EXPECT_EQ(LanguageBaseForLocale("en_GB.UTF-8"), kLangEnglish);
+  // The Spanish table names no base under identifier 1000: Spanish speakers
+  // start in the fallback table, like speakers of languages without a table.
+  for (std::string_view other :
+       {"es_ES.UTF-8", "es", "C", "C.UTF-8", "POSIX", "it_IT", "si_LK", ""}) {
+    EXPECT_EQ(LanguageBaseForLocale(other), kLangEnglish) << other;
+  }
+}
+
+TEST(DefaultLanguage, EnvironmentPrecedenceIsLcAllThenLcMessagesThenLang) {
+  std::map<std::string, std::string> env;
+  auto getenv = [&env](const char* name) -> const char* {
+    auto found = env.find(name);
+    return found == env.end() ? nullptr : found->second.c_str();
+  };
+  EXPECT_EQ(LanguageBaseFromEnvironment(getenv), kLangEnglish);
+  env["LANG"] = "de_DE.UTF-8";
+  EXPECT_EQ(LanguageBaseFromEnvironment(getenv), kLangGerman);
+  env["LC_MESSAGES"] = "fr_FR.UTF-8";
+  EXPECT_EQ(LanguageBaseFromEnvironment(getenv), kLangFrench);
+  env["LC_ALL"] = "";  // set but empty: does not count
+  EXPECT_EQ(LanguageBaseFromEnvironment(getenv), kLangFrench);
+  env["LC_ALL"] = "pl_PL";
+  EXPECT_EQ(LanguageBaseFromEnvironment(getenv), kLangPolish);
+  env["LC_ALL"] = "es_ES";  // the first one set decides, even when it has no table
+  EXPECT_EQ(LanguageBaseFromEnvironment(getenv), kLangEnglish);
+}
+
+}  // namespace
+}  // namespace brindle
