@@ -18,10 +18,13 @@
 namespace brindle {
 
 class CTunnel;
+class MessageSteps;
+class TransferDisplay;
 
 struct ProxyOptions {
   uint16_t companionControlPort = 5555;  // tests use another port
   uint16_t firstSslPort = 1024;          // where FindFreeLocalPort starts
+  MessageSteps* steps = nullptr;         // null: the program's own rewriting and filters
 };
 
 class Proxy {
@@ -33,18 +36,28 @@ class Proxy {
 
   // Creates a tunnel at the end of Tunnels; starts it when the record says
   // AutoStart. `started` (optional) gets start's error number (0 = listening)
-  // once the start, including any route registration, has finished.
+  // once the start, including any route registration, has finished; it is
+  // not called when the record does not start the tunnel.
   CTunnel& AddTunnel(const TunnelRecord& record, std::function<void(int error)> started = {});
+  // The tunnels dialog removes a tunnel: it stops (withdrawing its route) and
+  // goes; its channels live on until they close. False for a bad position.
+  bool RemoveTunnel(size_t position);
 
   const std::vector<std::unique_ptr<CTunnel>>& Tunnels() const;
   size_t ChannelCount() const;
+
+  // Status page: "Recently transferred data" (kept while enabled, passwords
+  // masked) and "Current connections".
+  void SetDisplayTransferredData(bool on);
+  const TransferDisplay& Display() const;
 
   // Program start: is the companion answering on its control port (up to 3 s)?
   void ProbeCompanion(std::function<void(bool up)> done);
 
   // Program end: every channel closed, every tunnel stopped (SSL tunnels
-  // withdraw their routes), then "QUIT" to the companion. `done` runs when
-  // the last exchange has ended.
+  // withdraw their routes) and dropped, then "QUIT" to the companion, once
+  // even when no tunnel uses it. `done` runs when the last exchange has
+  // ended. References to tunnels are invalid afterwards.
   void CloseDown(std::function<void()> done);
 
  private:

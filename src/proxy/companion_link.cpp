@@ -1,0 +1,147 @@
+#include "proxy/companion_link.h"
+
+#include <array>
+
+#include <asio/ip/tcp.hpp>
+#include <asio/post.hpp>
+#include <asio/steady_timer.hpp>
+#include <asio/write.hpp>
+
+#include "core/log.h"
+
+namespace brindle {
+
+using asio::ip::tcp;
+
+// One connection: connect within the limit, send, then wait up to kCloseWait
+// for the companion to close.
+class CompanionLink::Exchange : public std::enable_shared_from_this<Exchange> {
+ public:
+  Exchange(asio::io_context& io, uint16_t port, Job job, std::function<void(bool)> finished)
+      : socket_(io),
+        timer_(io),
+        port_(port),
+        job_(std::move(job)),
+        finished_(std::move(finished)) {}
+
+  void Run() {
+    timer_.expires_after(job_.connectLimit);
+    timer_.async_wait([self = shared_from_this()](std::error_code ec) {
+      if (ec || self->connected_) return;
+      self->timedOut_ = true;
+      std::error_code ignored;
+      self->socket_.close(ignored);
+    });
+    socket_.async_connect(tcp::endpoint(asio::ip::address_v4::loopback(), port_),
+                          [self = shared_from_this()](std::error_code ec) { self->Connected(ec); });
+  }
+
+ private:
+  void Connected(std::error_code ec) {
+    if (ec || timedOut_) {
+      log::Debug("Companion not reached on port " + std::to_string(port_) +
+                 (timedOut_ ? std::string(": time limit") : ": " + ec.message()));
+      return Finish(false);
+    }
+    connected_ = true;
+    timer_.cancel();
+    if (job_.message.empty()) return Finish(true);  // a probe only
+    asio::async_write(socket_, asio::buffer(job_.message),
+                      [self = shared_from_this()](std::error_code ec, size_t) {
+                        if (ec) {
+                          log::Debug("Companion command not sent: " + ec.message());
+                          return self->Finish(false);
+                        }
+                        self->AwaitClose();
+                      });
+  }
+
+  void AwaitClose() {
+    timer_.expires_after(kCloseWait);
+    timer_.async_wait([self = shared_from_this()](std::error_code ec) {
+      if (ec) return;
+      std::error_code ignored;
+      self->socket_.close(ignored);  // the companion kept it open: go on anyway
+    });
+    ReadUntilClosed();
+  }
+
+  void ReadUntilClosed() {
+    socket_.async_read_some(asio::buffer(scratch_),
+                            [self = shared_from_this()](std::error_code ec, size_t) {
+                              if (!ec) return self->ReadUntilClosed();
+                              self->timer_.cancel();
+                              self->Finish(true);
+                            });
+  }
+
+  void Finish(bool ok) {
+    std::error_code ignored;
+    socket_.close(ignored);
+    if (auto finished = std::move(finished_)) finished(ok);
+  }
+
+  tcp::socket socket_;
+  asio::steady_timer timer_;
+  uint16_t port_;
+  Job job_;
+  std::function<void(bool)> finished_;
+  std::array<char, 256> scratch_;
+  bool connected_ = false;
+  bool timedOut_ = false;
+};
+
+CompanionLink::CompanionLink(asio::io_context& io, uint16_t controlPort)
+    : io_(io), controlPort_(controlPort) {}
+
+void CompanionLink::Send(std::string message, std::chrono::milliseconds connectLimit,
+                         std::function<void(bool sent)> done) {
+  Enqueue({std::move(message), connectLimit, std::move(done)});
+}
+
+void CompanionLink::Probe(std::function<void(bool up)> done) {
+  Enqueue({std::string(), kProbeConnectLimit, std::move(done)});
+}
+
+std::string CompanionLink::AddRoute(uint16_t sslPort, std::string_view server, int32_t destPort) {
+  return "a:" + std::to_string(sslPort) + ":" + std::string(server) + ":" +
+         std::to_string(destPort) + "\r\nEND";
+}
+
+std::string CompanionLink::DeleteRoute(uint16_t sslPort) {
+  return "d:" + std::to_string(sslPort) + "\r\nEND";
+}
+
+std::string CompanionLink::Quit() {
+  return "QUIT\r\nEND";
+}
+
+void CompanionLink::Enqueue(Job job) {
+  queue_.push_back(std::move(job));
+  if (!busy_) RunNext();
+}
+
+void CompanionLink::RunNext() {
+  if (queue_.empty()) return;
+  busy_ = true;
+  Job job = std::move(queue_.front());
+  queue_.pop_front();
+  auto done = std::move(job.done);
+  auto exchange =
+      std::make_shared<Exchange>(io_, controlPort_, std::move(job),
+                                 [self = shared_from_this(), done = std::move(done)](bool ok) {
+                                   if (done) done(ok);
+                                   self->Finished(ok);
+                                 });
+  exchange->Run();
+}
+
+void CompanionLink::Finished(bool) {
+  busy_ = false;
+  // The next exchange starts from the loop, not from inside this one's handler.
+  asio::post(io_, [self = shared_from_this()] {
+    if (!self->busy_) self->RunNext();
+  });
+}
+
+}  // namespace brindle

@@ -1,0 +1,18 @@
+// The machine's full name for the SMTP greeting: the host name, made
+// canonical through the resolver when it knows the name.
+#pragma once
+
+#include <string>
+
+namespace brindle {
+
+// gethostname, then the canonical name from getaddrinfo (AI_CANONNAME); the
+// bare host name when the resolver has no better one; empty when even the
+// host name is unavailable. Looked up once per process and remembered,
+// because the lookup may block on the resolver.
+std::string HostFullName();
+
+// The lookup itself, without remembering (one half per platform).
+std::string LookUpHostFullName();
+
+}  // namespace brindle

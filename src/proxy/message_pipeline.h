@@ -1,0 +1,25 @@
+// The fixed orders in which a channel rewrites or filters one whole message.
+// A step that fails (throws) must not cost the user the message: the text
+// then goes on exactly as it came, and the failure is logged.
+#pragma once
+
+#include <cstddef>
+#include <string>
+
+#include "core/settings.h"
+#include "proxy/message_steps.h"
+
+namespace brindle {
+
+// Posted article: signature, References shortening, identification headers, custom headers.
+std::string RewriteNewsArticle(std::string text, const Settings& settings, MessageSteps& steps);
+// Sent mail: identification headers, custom headers.
+std::string RewriteMail(std::string text, const Settings& settings, MessageSteps& steps);
+// Downloaded article. `lastPieceLength` is the size of the piece that completed
+// it: the uuencode check runs only when that piece is short.
+std::string FilterNewsArticle(std::string text, size_t lastPieceLength, const Settings& settings,
+                              MessageSteps& steps);
+// Downloaded mail (RETR/TOP answer).
+std::string FilterMailMessage(std::string text, const Settings& settings, MessageSteps& steps);
+
+}  // namespace brindle

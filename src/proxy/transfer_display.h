@@ -1,0 +1,49 @@
+// What the status page shows of the proxy's traffic: the most recently
+// transferred piece ("Recently transferred data") and the number of live
+// channels ("Current connections"). Both also go to the log at debug level.
+// Credentials never get here in clear: AUTHINFO lines keep only their first
+// 13 characters, POP3 PASS and SMTP/POP3 AUTH lines lose their secret, and
+// the client's answers inside an authentication exchange are hidden whole.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+namespace brindle {
+
+class TransferDisplay {
+ public:
+  static constexpr size_t kClientPieceLimit = 2000;
+  static constexpr size_t kServerPieceLimit = 30000;
+
+  // The status page turns the display on while it is shown.
+  void SetEnabled(bool on) { enabled_ = on; }
+  bool Enabled() const { return enabled_; }
+  // Worth preparing a piece for: shown, or logged.
+  bool Wanted() const;
+
+  // `inAuthExchange`: the server has asked the client for credentials.
+  void ShowClientPiece(std::string_view piece, bool inAuthExchange);
+  void ShowServerPiece(std::string_view piece);
+  void ShowConnections(size_t count);
+
+  const std::string& RecentlyTransferredData() const { return recent_; }
+  size_t CurrentConnections() const { return connections_; }
+  // Pieces shown so far: lets a watcher tell a new piece from a repeated one.
+  uint64_t PiecesShown() const { return pieces_; }
+
+ private:
+  void Show(std::string text);
+
+  bool enabled_ = false;
+  std::string recent_;
+  size_t connections_ = 0;
+  uint64_t pieces_ = 0;
+};
+
+// The client piece as it may be shown.
+std::string MaskClientPiece(std::string_view piece, bool inAuthExchange);
+
+}  // namespace brindle
