@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <fstream>
 #include <sstream>
 #include <stdexcept>
@@ -238,6 +239,17 @@ TEST(SettingsFileTest, DamagedLinesAreSkippedAndLogged) {
   EXPECT_TRUE(capture.Contains("unknown section \"Signatur\""));
   EXPECT_TRUE(capture.Contains("line 10: value of \"Distance\" out of range"));
   EXPECT_TRUE(capture.Contains("line 12: value of \"Distance\" out of range"));
+}
+
+TEST(SettingsFileTest, AForeignFileCannotFloodTheLog) {
+  std::string junk;
+  for (int i = 0; i < 5000; ++i) junk += "garbage line\n[junk]\n";
+  log::Capture capture;
+  Settings s = Load(junk + "WrapText=33\n");
+  EXPECT_EQ(s.intWrap, 33);
+  std::string text = capture.Text();
+  EXPECT_LE(std::count(text.begin(), text.end(), '\n'), 50);
+  EXPECT_TRUE(capture.Contains("further problems in this file are not logged"));
 }
 
 TEST(SettingsFileTest, TablesBeyondTheirSizeSkipTheirSections) {

@@ -62,6 +62,14 @@ int32_t DefaultPortAfter(Section s) {
   return s == Section::kNntp ? 119 : s == Section::kPop3 ? 110 : 25;
 }
 
+constexpr int kMaxWarnings = 50;
+
+// A piece of the file quoted in a log entry, cut short.
+std::string Quoted(std::string_view text) {
+  constexpr size_t kMax = 40;
+  return "\"" + std::string(text.substr(0, kMax)) + (text.size() > kMax ? "...\"" : "\"");
+}
+
 bool IsOne(std::string_view value) {
   return LeadingNumber(value) == 1;
 }
@@ -97,6 +105,7 @@ class SettingsLoader {
   bool sectionSkipped_ = false;  // a signature or custom header beyond its table
   bool pastHead_ = false;        // a line other than a comment has been read
   int lineNo_ = 0;
+  int warnings_ = 0;
   int sigIndex_ = -1;
   int newsIndex_ = -1;
   int mailIndex_ = -1;
@@ -112,8 +121,14 @@ void SettingsLoader::Run() {
   if (IsServer(section_)) CompleteTunnel();
 }
 
+// A damaged or foreign file could otherwise flood the log with one entry
+// per line.
 void SettingsLoader::Warn(std::string_view what) {
-  log::Warning("settings file, line " + std::to_string(lineNo_) + ": " + std::string(what));
+  ++warnings_;
+  if (warnings_ > kMaxWarnings) return;
+  std::string entry = "settings file, line " + std::to_string(lineNo_) + ": " + std::string(what);
+  if (warnings_ == kMaxWarnings) entry += " (further problems in this file are not logged)";
+  log::Warning(entry);
 }
 
 void SettingsLoader::OnLine(std::string_view line) {
@@ -145,7 +160,7 @@ void SettingsLoader::OnHeader(std::string_view line) {
   std::string_view name = line.size() >= 2 ? line.substr(1, line.size() - 2) : std::string_view{};
   std::optional<Section> next = SectionFromName(name);
   if (!next) {
-    Warn("unknown section \"" + std::string(name) + "\", previous section continues");
+    Warn("unknown section " + Quoted(name) + ", previous section continues");
     return;
   }
   section_ = *next;
@@ -196,7 +211,7 @@ void SettingsLoader::SetInt16(int16_t& var, std::string_view key, std::string_vi
   if (std::optional<int16_t> n = NumberAsInt16(value)) {
     var = *n;
   } else {
-    Warn("value of \"" + std::string(key) + "\" out of range, key skipped");
+    Warn("value of " + Quoted(key) + " out of range, key skipped");
   }
 }
 
@@ -250,7 +265,7 @@ std::string SettingsLoader::ReadRawLines(std::string_view count) {
   std::string text;
   for (double i = 0; i < n; ++i) {
     if (lines_.AtEnd()) {
-      Warn("the file ends before the " + std::string(count) + " lines announced");
+      Warn("the file ends before the " + Quoted(count) + " lines announced");
       break;
     }
     ++lineNo_;
@@ -298,7 +313,7 @@ void SettingsLoader::ServerKey(std::string_view key, std::string_view value) {
     if (std::optional<int32_t> n = NumberAsInt32(value)) {
       port = *n;
     } else {
-      Warn("value of \"" + std::string(key) + "\" out of range, key skipped");
+      Warn("value of " + Quoted(key) + " out of range, key skipped");
     }
   } else if (EqualsNoCase(key, "AutoStart")) {
     pending_.AutoStart = IsOne(value);
