@@ -34,7 +34,7 @@ class HeadlessProgram {
         children_(io_),
         stopSignals_(io_, SIGINT, SIGTERM),
         proxy_(io_, store_, ProxyOptions{config.companionControlPort}),
-        services_(proxy_, store_, Hooks()),
+        services_(io_, proxy_, store_, Hooks()),
         companionTimer_(io_) {}
 
   int Run() {

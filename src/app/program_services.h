@@ -3,8 +3,11 @@
 // settings found by the settings subsystem and published in the store.
 #pragma once
 
+#include <chrono>
 #include <functional>
 #include <string>
+
+#include <asio/io_context.hpp>
 
 #include "core/settings_store.h"
 #include "core/startup.h"
@@ -21,14 +24,12 @@ struct ProgramHooks {
 
 class ProgramServices : public StartupServices {
  public:
-  ProgramServices(Proxy& proxy, SettingsStore& store, ProgramHooks hooks)
-      : proxy_(proxy), store_(store), hooks_(std::move(hooks)) {}
+  ProgramServices(asio::io_context& io, Proxy& proxy, SettingsStore& store, ProgramHooks hooks)
+      : io_(io), proxy_(proxy), store_(store), hooks_(std::move(hooks)) {}
 
   std::string CompanionFileName() const override { return hooks_.companionFileName; }
   bool LaunchCompanion() override { return hooks_.launchCompanion(); }
-  void ProbeCompanion(std::function<void(bool)> done) override {
-    proxy_.ProbeCompanion(std::move(done));
-  }
+  void ProbeCompanion(std::function<void(bool)> done) override;
   int16_t DefaultLanguage() override { return hooks_.defaultLanguage(); }
   LoadedSettings LoadSettings(int16_t defaultLanguage, const TunnelSink& sink) override;
   void AddTunnel(const TunnelRecord& record, std::function<void(int)> started) override {
@@ -36,6 +37,9 @@ class ProgramServices : public StartupServices {
   }
 
  private:
+  void ProbeUntil(std::chrono::steady_clock::time_point deadline, std::function<void(bool)> done);
+
+  asio::io_context& io_;
   Proxy& proxy_;
   SettingsStore& store_;
   ProgramHooks hooks_;

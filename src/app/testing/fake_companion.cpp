@@ -71,6 +71,7 @@ int main(int argc, char** argv) {
     if (connection < 0) continue;
     const std::string command = ReadCommand(connection);
     close(connection);
+    if (command.empty()) continue;  // a probe: connected and left
     Record(command);
     if (command.rfind("a:", 0) == 0) {
       const int port = std::atoi(command.c_str() + 2);
