@@ -88,18 +88,6 @@ TEST(LanguageTables, EveryTableHasAllTextsNonEmpty) {
   }
 }
 
-TEST(LanguageTables, EnglishTextsThatOtherPartsRelyOn) {
-  const LanguageTable& en = Table("en");
-  EXPECT_EQ(en.texts[1], "&File");
-  EXPECT_EQ(en.texts[22], "Recently transferred data:");
-  EXPECT_EQ(en.texts[130], "Port");
-  EXPECT_EQ(en.texts[131], "is already in use. Enter another port number.");
-  EXPECT_EQ(en.texts[132], "tunnel starting error");
-  EXPECT_EQ(en.texts[133], "There was an error number");
-  EXPECT_EQ(en.texts[159], "Can't find msoe.dll.");
-  EXPECT_EQ(en.texts[173], "Encrypted connection:");
-}
-
 TEST(LanguageTables, TranslationsKeepPlaceholdersAcceleratorsAndEndings) {
   const LanguageTable& en = Table("en");
   for (const auto& table : kLanguageTables) {
