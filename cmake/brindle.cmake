@@ -14,11 +14,11 @@ endif()
 
 function(brindle_sources out_var)
   file(GLOB all CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/*.cpp)
-  list(FILTER all EXCLUDE REGEX "_(test|fuzz|bench)\\.cpp$")
+  list(FILTER all EXCLUDE REGEX "_(test|fuzz|bench)(_posix|_win32)?\\.cpp$")
   list(FILTER all EXCLUDE REGEX "_(posix|win32)\\.cpp$")
   list(FILTER all EXCLUDE REGEX "_main\\.cpp$")
   file(GLOB plat CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/*_${BRINDLE_PLATFORM}.cpp)
-  list(FILTER plat EXCLUDE REGEX "_(test|fuzz|bench)\\.cpp$")
+  list(FILTER plat EXCLUDE REGEX "_(test|fuzz|bench)_${BRINDLE_PLATFORM}\\.cpp$")
   set(${out_var} ${all} ${plat} PARENT_SCOPE)
 endfunction()
 
