@@ -100,11 +100,11 @@ inline std::shared_ptr<Peer> Connect(asio::io_context& io, uint16_t port) {
   return peer;
 }
 
-// Accepts on an ephemeral loopback port; greets every connection.
+// Accepts on a loopback port (ephemeral unless given); greets every connection.
 class ScriptedServer {
  public:
-  ScriptedServer(asio::io_context& io, std::string greeting)
-      : acceptor_(io, tcp::endpoint(asio::ip::address_v4::loopback(), 0)),
+  ScriptedServer(asio::io_context& io, std::string greeting, uint16_t port = 0)
+      : acceptor_(io, tcp::endpoint(asio::ip::address_v4::loopback(), port)),
         greeting_(std::move(greeting)) {
     Accept();
   }

@@ -1,0 +1,116 @@
+// The companion link as tunnels and the close-down use it.
+#include "core/message_box.h"
+#include "proxy/companion_link.h"
+#include "proxy/proxy_fixture.h"
+
+namespace brindle::proxytest {
+namespace {
+
+using ::testing::ElementsAre;
+
+const std::string kGreeting = "+OK ready\r\n";
+
+class CompanionTest : public ProxyFixture {
+ protected:
+  ScriptedServer server_{io_, kGreeting};
+};
+
+TEST_F(CompanionTest, SslTunnelRegistersRouteAndItsChannelsGoThroughIt) {
+  MakeProxy();
+  TunnelRecord record{"pop.example.org", UnusedPort(io_), 995, true, true, kTypePop3};
+  int result = -1;
+  CTunnel& tunnel = proxy_->AddTunnel(record, [&](int error) { result = error; });
+  ASSERT_TRUE(RunUntil(io_, [&] { return result == 0; }));
+  const std::string port = std::to_string(tunnel.srcSSLPort());
+  EXPECT_THAT(companion_.exchanges, ElementsAre("a:" + port + ":pop.example.org:995\r\nEND"));
+
+  // The companion listens on the route's port; a client's channel lands there.
+  ScriptedServer route{io_, kGreeting, tunnel.srcSSLPort()};
+  Dialogue d = Open(static_cast<uint16_t>(record.SrcPort), route, kGreeting);
+  d.client->Send("STAT\r\n");
+  EXPECT_TRUE(Receives(d.server, "STAT\r\n"));
+
+  // Stopping twice withdraws the same route twice; the close-down quits once.
+  bool stopped = false;
+  tunnel.StopServer();
+  tunnel.StopServer([&] { stopped = true; });
+  ASSERT_TRUE(RunUntil(io_, [&] { return stopped; }));
+  bool closed = false;
+  proxy_->CloseDown([&] { closed = true; });
+  ASSERT_TRUE(RunUntil(io_, [&] { return closed; }));
+  const std::string d_route = "d:" + port + "\r\nEND";
+  EXPECT_THAT(companion_.exchanges,
+              ElementsAre(::testing::_, d_route, d_route, d_route, "QUIT\r\nEND"));
+  EXPECT_EQ(proxy_->ChannelCount(), 0u);
+  EXPECT_TRUE(proxy_->Tunnels().empty());
+}
+
+TEST_F(CompanionTest, RoutePortSkipsPortsInUse) {
+  MakeProxy();
+  TunnelRecord record{"h", UnusedPort(io_), 563, true, true, kTypeNntp};
+  CTunnel& first = proxy_->AddTunnel(record);
+  // The first tunnel's route port is now in use by someone else.
+  ScriptedServer squatter{io_, "", first.srcSSLPort()};
+  record.SrcPort = UnusedPort(io_);
+  CTunnel& second = proxy_->AddTunnel(record);
+  EXPECT_GT(second.srcSSLPort(), first.srcSSLPort());
+}
+
+TEST_F(CompanionTest, QuitIsSentOnceEvenWithoutSslTunnels) {
+  MakeProxy();
+  Tunnel(kTypeNntp, server_);
+  int done = 0;
+  proxy_->CloseDown([&] { ++done; });
+  proxy_->CloseDown([&] { ++done; });
+  ASSERT_TRUE(RunUntil(io_, [&] { return done == 2; }));
+  EXPECT_THAT(companion_.exchanges, ElementsAre("QUIT\r\nEND"));
+}
+
+TEST(CompanionLinkTest, CompanionThatNeverClosesCostsAtMostTheCloseWait) {
+  asio::io_context io;
+  FakeCompanion silent{io, false};
+  auto link = std::make_shared<CompanionLink>(io, silent.Port());
+  std::vector<std::string> finished;
+  link->Send(CompanionLink::DeleteRoute(1100), CompanionLink::kRouteConnectLimit,
+             [&](bool sent) { finished.push_back(sent ? "d sent" : "d lost"); });
+  link->Send(CompanionLink::Quit(), CompanionLink::kQuitConnectLimit,
+             [&](bool sent) { finished.push_back(sent ? "quit sent" : "quit lost"); });
+  // Two exchanges, each held open by the companion: bounded by two close waits.
+  ASSERT_TRUE(RunUntil(
+      io, [&] { return finished.size() == 2; }, std::chrono::seconds(10)));
+  EXPECT_THAT(finished, ElementsAre("d sent", "quit sent"));
+  EXPECT_THAT(silent.exchanges, ElementsAre("d:1100\r\nEND", "QUIT\r\nEND"));
+}
+
+TEST(CompanionLinkTest, CompanionDownDropsCommandsSilently) {
+  asio::io_context io;
+  MessageBoxCapture boxes;
+  Settings settings;
+  SettingsStore store(settings);
+  ProxyOptions options;
+  options.companionControlPort = UnusedPort(io);
+  options.firstSslPort = UnusedPort(io);
+  Proxy proxy(io, store, options);
+
+  bool probed = false, up = true;
+  proxy.ProbeCompanion([&](bool answer) { probed = true, up = answer; });
+  ASSERT_TRUE(RunUntil(io, [&] { return probed; }));
+  EXPECT_FALSE(up);
+
+  TunnelRecord record{"nntp.example.org", UnusedPort(io), 563, true, true, kTypeNntp};
+  int result = -1;
+  CTunnel& tunnel = proxy.AddTunnel(record, [&](int error) { result = error; });
+  ASSERT_TRUE(RunUntil(io, [&] { return result != -1; }));
+  EXPECT_EQ(result, 0);
+  EXPECT_TRUE(tunnel.IsRunning());
+  EXPECT_TRUE(boxes.Boxes().empty());
+
+  // Nobody listens on the route's port: the channel fails on its server side.
+  auto client = Connect(io, static_cast<uint16_t>(record.SrcPort));
+  ASSERT_TRUE(client);
+  EXPECT_TRUE(RunUntil(io, [&] { return client->closed; }));
+  EXPECT_EQ(proxy.ChannelCount(), 0u);
+}
+
+}  // namespace
+}  // namespace brindle::proxytest

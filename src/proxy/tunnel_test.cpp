@@ -1,0 +1,93 @@
+// Tunnels and the pair pool: start errors, teardown, the 101st connection.
+#include "core/message_box.h"
+#include "proxy/proxy_fixture.h"
+
+namespace brindle::proxytest {
+namespace {
+
+const std::string kGreeting = "200 ready\r\n";
+
+class TunnelTest : public ProxyFixture {
+ protected:
+  ScriptedServer server_{io_, kGreeting};
+};
+
+TEST_F(TunnelTest, PortInUseShowsTheBoxAndLeavesTheTunnelStopped) {
+  MessageBoxCapture boxes;
+  const uint16_t port = Tunnel(kTypeNntp, server_);
+  CTunnel& first = *proxy_->Tunnels().front();
+  EXPECT_EQ(first.start(), 0) << "a running tunnel is not re-bound";
+
+  CTunnel& second = proxy_->AddTunnel({"127.0.0.1", port, server_.Port(), false, false, 0});
+  EXPECT_EQ(second.start(), 10048);
+  EXPECT_FALSE(second.IsRunning());
+  ASSERT_EQ(boxes.Boxes().size(), 1u);
+  EXPECT_EQ(boxes.Boxes()[0].text,
+            "Port " + std::to_string(port) + " is already in use. Enter another port number.");
+  EXPECT_EQ(boxes.Boxes()[0].title, "OE Brindle - tunnel starting error");
+  EXPECT_EQ(boxes.Boxes()[0].icon, BoxIcon::kExclamation);
+
+  // Once the port is free again the same tunnel starts without a box.
+  first.StopServer();
+  EXPECT_EQ(second.start(), 0);
+  EXPECT_EQ(boxes.Boxes().size(), 1u);
+  EXPECT_TRUE(Open(port, server_, kGreeting).client);
+}
+
+TEST_F(TunnelTest, ServerClosingDeliversItsLastAnswerAndFreesThePair) {
+  const uint16_t port = Tunnel(kTypePop3, server_);
+  Dialogue d = Open(port, server_, kGreeting);
+  ASSERT_EQ(proxy_->ChannelCount(), 1u);
+  d.client->Send("QUIT\r\n");
+  ASSERT_TRUE(Receives(d.server, "QUIT\r\n"));
+  d.server->Send("+OK bye\r\n");
+  d.server->Close();
+  EXPECT_TRUE(RunUntil(io_, [&] { return d.client->closed; }));
+  EXPECT_EQ(d.client->received, "+OK bye\r\n");
+  EXPECT_EQ(proxy_->ChannelCount(), 0u);
+  EXPECT_EQ(proxy_->Display().CurrentConnections(), 0u);
+}
+
+TEST_F(TunnelTest, ClientClosingClosesTheServerSideWithoutFarewell) {
+  const uint16_t port = Tunnel(kTypeNntp, server_);
+  Dialogue d = Open(port, server_, kGreeting);
+  d.client->Close();
+  EXPECT_TRUE(RunUntil(io_, [&] { return d.server->closed; }));
+  EXPECT_EQ(d.server->received, "") << "no QUIT on the client's behalf";
+  EXPECT_EQ(proxy_->ChannelCount(), 0u);
+}
+
+TEST_F(TunnelTest, ConnectionBeyondTheHundredPairsWaitsAndIsThenServed) {
+  const uint16_t port = Tunnel(kTypeNntp, server_);
+  std::vector<Dialogue> open;
+  for (int i = 0; i < 100; ++i) open.push_back(Open(port, server_, kGreeting));
+  ASSERT_EQ(proxy_->ChannelCount(), 100u);
+
+  auto waiting = Connect(io_, port);  // the backlog takes it; nobody serves it yet
+  ASSERT_TRUE(waiting);
+  waiting->Send("LIST\r\n");
+  RunFor(io_, std::chrono::milliseconds(300));
+  EXPECT_EQ(server_.peers.size(), 100u);
+  EXPECT_EQ(waiting->received, "");
+  EXPECT_FALSE(waiting->closed) << "waiting, not refused";
+
+  open[37].client->Close();
+  ASSERT_TRUE(RunUntil(io_, [&] { return server_.peers.size() == 101; }));
+  EXPECT_TRUE(Receives(waiting, kGreeting));
+  EXPECT_TRUE(Receives(server_.peers.back(), "LIST\r\n"));
+  EXPECT_EQ(proxy_->ChannelCount(), 100u);
+}
+
+TEST_F(TunnelTest, UnreachableServerEndsTheChannel) {
+  ScriptedServer gone{io_, kGreeting};
+  MakeProxy();
+  TunnelRecord record{"127.0.0.1", UnusedPort(io_), UnusedPort(io_), true, false, kTypeNntp};
+  proxy_->AddTunnel(record);
+  auto client = Connect(io_, static_cast<uint16_t>(record.SrcPort));
+  ASSERT_TRUE(client);
+  EXPECT_TRUE(RunUntil(io_, [&] { return client->closed; }));
+  EXPECT_EQ(proxy_->ChannelCount(), 0u);
+}
+
+}  // namespace
+}  // namespace brindle::proxytest
