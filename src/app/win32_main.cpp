@@ -1,0 +1,33 @@
+// brindle.exe: started instead of the client, it hosts the client.
+#include <windows.h>
+
+#include <cstdlib>
+
+#include "app/entry_procedure.h"
+#include "app/hosted_program.h"
+#include "app/options.h"
+#include "app/settings_binding.h"
+#include "app/win32_system.h"
+#include "core/event_log.h"
+#include "core/log.h"
+#include "core/message_box.h"
+
+int WINAPI WinMain(HINSTANCE, HINSTANCE, LPSTR commandLine, int showState) {
+  using namespace brindle;
+  log::SetSink(event_log::SystemLogSink(false));
+  SetMessageBoxSink(PlatformMessageBoxPresenter());
+
+  ProxyOptions options;
+  std::string portError;
+  if (const auto port =
+          app::CompanionPortOverride(std::getenv("BRINDLE_COMPANION_PORT"), portError))
+    options.companionControlPort = *port;
+
+  const std::string programDir = app::ProgramFolder();
+  app::Win32System system(programDir);
+  app::HostedProgram form(system, programDir, app::DefaultSettingsFolder(), options);
+  app::EntryArguments arguments;
+  arguments.commandLine = commandLine != nullptr ? commandLine : "";
+  arguments.showState = static_cast<int16_t>(showState);
+  return app::RunEntryProcedure(system, form, arguments);
+}
