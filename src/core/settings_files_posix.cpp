@@ -56,8 +56,12 @@ std::optional<std::string> ReadFileBytes(const std::string& path) {
 
 bool ReplaceFileAtomically(const std::string& path, std::string_view bytes) {
   std::string temp = path + ".new";
+  // The new file keeps the permissions the user gave the old one.
+  struct stat old {};
+  bool hadOld = ::stat(path.c_str(), &old) == 0;
   int fd = ::open(temp.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0644);
   if (fd < 0) return false;
+  if (hadOld) ::fchmod(fd, old.st_mode & 07777);
   bool ok = WriteAll(fd, bytes) && ::fsync(fd) == 0;
   ok = (::close(fd) == 0) && ok;
   if (ok && ::rename(temp.c_str(), path.c_str()) == 0) return true;
