@@ -1,0 +1,62 @@
+#include "sslbridge/control_command.h"
+
+namespace brindle::sslbridge {
+
+std::optional<uint16_t> ParsePort(std::string_view text) {
+  if (text.empty() || text.size() > 5) return std::nullopt;
+  unsigned value = 0;
+  for (char c : text) {
+    if (c < '0' || c > '9') return std::nullopt;
+    value = value * 10 + static_cast<unsigned>(c - '0');
+  }
+  if (value == 0 || value > 65535) return std::nullopt;
+  return static_cast<uint16_t>(value);
+}
+
+std::optional<ControlCommand> ParseControlCommand(std::string_view line) {
+  ControlCommand cmd;
+  if (line == "QUIT") return cmd;
+  if (line.size() < 2 || line[1] != ':') return std::nullopt;
+  std::string_view rest = line.substr(2);
+  if (line[0] == 'd') {
+    auto port = ParsePort(rest);
+    if (!port) return std::nullopt;
+    cmd.kind = ControlCommand::Kind::kDeleteRoute;
+    cmd.port = *port;
+    return cmd;
+  }
+  if (line[0] != 'a') return std::nullopt;
+  size_t first = rest.find(':');
+  size_t last = rest.rfind(':');
+  if (first == std::string_view::npos || first == last) return std::nullopt;
+  auto port = ParsePort(rest.substr(0, first));
+  auto dest = ParsePort(rest.substr(last + 1));
+  std::string_view host = rest.substr(first + 1, last - first - 1);
+  if (!port || !dest || host.empty()) return std::nullopt;
+  for (char c : host) {
+    if (static_cast<unsigned char>(c) <= ' ') return std::nullopt;
+  }
+  cmd.kind = ControlCommand::Kind::kAddRoute;
+  cmd.port = *port;
+  cmd.host = std::string(host);
+  cmd.destPort = *dest;
+  return cmd;
+}
+
+ControlMessage ExamineControlText(std::string_view text, bool eof) {
+  ControlMessage msg;
+  size_t lineEnd = text.find("\r\n");
+  if (lineEnd == std::string_view::npos) {
+    // Tolerate a bare LF from hand-typed commands.
+    lineEnd = text.find('\n');
+    if (lineEnd == std::string_view::npos) return msg;
+    msg.firstLine = std::string(text.substr(0, lineEnd));
+  } else {
+    msg.firstLine = std::string(text.substr(0, lineEnd));
+  }
+  std::string_view after = text.substr(text.find('\n', lineEnd) + 1);
+  msg.complete = after.substr(0, 3) == "END" || eof;
+  return msg;
+}
+
+}  // namespace brindle::sslbridge

@@ -1,0 +1,38 @@
+// The companion's control language: one command per control connection,
+// "a:PORT:HOST:DESTPORT", "d:PORT" or "QUIT", followed by the line "END".
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace brindle::sslbridge {
+
+struct ControlCommand {
+  enum class Kind { kAddRoute, kDeleteRoute, kQuit };
+  Kind kind = Kind::kQuit;
+  uint16_t port = 0;      // the local listening port (add, delete)
+  std::string host;       // the real server (add)
+  uint16_t destPort = 0;  // the real server's port (add)
+};
+
+// Parses the command line (without its CR LF). A host may itself hold ':'
+// (an IPv6 literal): the first field is the local port, the last one the
+// destination port, everything between is the host. Returns nullopt for
+// anything malformed.
+std::optional<ControlCommand> ParseControlCommand(std::string_view line);
+
+// What has been read from a control connection so far. Complete once the
+// terminator line "END" has arrived; `eof` says the peer has closed, in which
+// case a full first line is taken even without the terminator.
+struct ControlMessage {
+  bool complete = false;
+  std::string firstLine;
+};
+ControlMessage ExamineControlText(std::string_view text, bool eof);
+
+// Ports are decimal, 1..65535, without sign or blanks.
+std::optional<uint16_t> ParsePort(std::string_view text);
+
+}  // namespace brindle::sslbridge

@@ -1,0 +1,93 @@
+// SslBridge: the TLS companion. Started by the program without arguments;
+// see README.md for its options and its configuration file.
+#include <unistd.h>
+
+#include <climits>
+#include <cstdio>
+#include <cstdlib>
+#include <fstream>
+#include <sstream>
+#include <string>
+
+#include <asio/io_context.hpp>
+#include <asio/signal_set.hpp>
+
+#include "core/log.h"
+#include "sslbridge/bridge.h"
+#include "sslbridge/system_log.h"
+
+using namespace brindle;
+using namespace brindle::sslbridge;
+
+namespace {
+
+const char kUsage[] =
+    "usage: SslBridge [--control-port N] [--ca-file FILE]... [--insecure-host HOST]...\n"
+    "                 [--config FILE]\n";
+
+std::string ProgramDir() {
+  char buf[PATH_MAX];
+  ssize_t n = readlink("/proc/self/exe", buf, sizeof buf - 1);
+  if (n <= 0) return {};
+  std::string path(buf, static_cast<size_t>(n));
+  return path.substr(0, path.rfind('/'));
+}
+
+// Reads one configuration file if it exists; `required` makes a missing one an error.
+bool ReadConfig(const std::string& file, bool required, BridgeOptions& options) {
+  std::ifstream in(file, std::ios::binary);
+  if (!in) {
+    if (required) log::Error("configuration file " + file + " cannot be read");
+    return !required;
+  }
+  std::stringstream text;
+  text << in.rdbuf();
+  log::Info("configuration read from " + file);
+  for (const auto& problem : ApplyConfigText(text.str(), options)) {
+    log::Warning(file + ": " + problem);
+  }
+  return true;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  InstallSystemLog();
+  CommandLine cl = ParseCommandLine(argc, argv);
+  if (cl.help || !cl.error.empty()) {
+    if (!cl.error.empty()) std::fprintf(stderr, "SslBridge: %s\n", cl.error.c_str());
+    std::fputs(kUsage, stderr);
+    return cl.help ? 0 : 2;
+  }
+  BridgeOptions options;
+  if (cl.configFile) {
+    if (!ReadConfig(*cl.configFile, true, options)) return 2;
+  } else {
+    for (const auto& file : ConfigFileCandidates(ProgramDir())) ReadConfig(file, false, options);
+  }
+  if (const char* env = std::getenv(kControlPortVariable); env && *env) {
+    if (auto port = ParsePort(env)) {
+      options.controlPort = *port;
+    } else {
+      log::Warning(std::string(kControlPortVariable) + " ignored, not a port: " + env);
+    }
+  }
+  if (cl.controlPort) options.controlPort = *cl.controlPort;
+  options.caFiles.insert(options.caFiles.end(), cl.caFiles.begin(), cl.caFiles.end());
+  options.insecureHosts.insert(options.insecureHosts.end(), cl.insecureHosts.begin(),
+                               cl.insecureHosts.end());
+
+  asio::io_context io;
+  Bridge bridge(io, options);
+  if (bridge.Open()) return 1;
+  asio::signal_set signals(io, SIGINT, SIGTERM);
+  signals.async_wait([&](std::error_code ec, int) {
+    if (ec) return;
+    log::Info("signal received, ending");
+    bridge.Stop();
+  });
+  // QUIT must end the run although the signal wait is still armed.
+  bridge.OnStopped([&] { signals.cancel(); });
+  io.run();
+  return 0;
+}
