@@ -2,7 +2,7 @@
 
 #include "core/settings_paths.h"
 
-namespace brindle {
+namespace brindle::ini {
 
 bool MakeFolders(const std::string& path) {
   if (path.empty() || FolderExists(path)) return true;
@@ -12,4 +12,4 @@ bool MakeFolders(const std::string& path) {
   return MakeFolder(path) || FolderExists(path);
 }
 
-}  // namespace brindle
+}  // namespace brindle::ini

@@ -6,7 +6,7 @@
 #include <string>
 #include <string_view>
 
-namespace brindle {
+namespace brindle::ini {
 
 bool FileExists(const std::string& path);  // a file, not a folder
 bool FolderExists(const std::string& path);
@@ -24,4 +24,4 @@ bool ReplaceFileAtomically(const std::string& path, std::string_view bytes);
 
 bool RemoveFile(const std::string& path);
 
-}  // namespace brindle
+}  // namespace brindle::ini

@@ -6,7 +6,7 @@
 
 #include "core/settings_files.h"
 
-namespace brindle {
+namespace brindle::ini {
 namespace {
 
 bool WriteAll(int fd, std::string_view bytes) {
@@ -73,4 +73,4 @@ bool RemoveFile(const std::string& path) {
   return ::unlink(path.c_str()) == 0;
 }
 
-}  // namespace brindle
+}  // namespace brindle::ini

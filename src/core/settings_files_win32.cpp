@@ -2,7 +2,7 @@
 
 #include "core/settings_files.h"
 
-namespace brindle {
+namespace brindle::ini {
 namespace {
 
 DWORD Attributes(const std::string& path) {
@@ -73,4 +73,4 @@ bool RemoveFile(const std::string& path) {
   return DeleteFileA(path.c_str()) != 0;
 }
 
-}  // namespace brindle
+}  // namespace brindle::ini

@@ -43,7 +43,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   std::string save1 =
       LoadAndSave(std::string_view(reinterpret_cast<const char*>(data), size), &first);
   std::string save2 = LoadAndSave(save1);
-  if (!brindle::WrittenLanguageCode(first.intLanguage).empty()) {
+  if (!brindle::ini::WrittenLanguageCode(first.intLanguage).empty()) {
     Check(save2 == save1, "second save differs from the first");
   } else {
     Check(LoadAndSave(save2) == save2, "third save differs from the second");

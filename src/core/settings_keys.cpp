@@ -2,7 +2,7 @@
 
 #include <array>
 
-namespace brindle {
+namespace brindle::ini {
 namespace {
 
 using R = MiscRule;
@@ -105,4 +105,4 @@ std::string_view WrittenLanguageCode(int16_t base) {
   return {};
 }
 
-}  // namespace brindle
+}  // namespace brindle::ini

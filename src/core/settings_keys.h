@@ -11,7 +11,7 @@
 
 #include "core/settings.h"
 
-namespace brindle {
+namespace brindle::ini {
 
 enum class MiscRule {
   kNumber,      // the parsed number, rounded into a 16-bit variable
@@ -41,4 +41,4 @@ std::string_view WrittenLanguageCode(int16_t base);
 
 bool EqualsNoCase(std::string_view a, std::string_view b);
 
-}  // namespace brindle
+}  // namespace brindle::ini

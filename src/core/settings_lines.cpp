@@ -11,7 +11,7 @@ int32_t CountLines(std::string_view text) {
   return count;
 }
 
-std::string_view LineReader::Next() {
+std::string_view ini::LineReader::Next() {
   size_t start = pos_;
   size_t end = bytes_.find_first_of("\r\n", start);
   if (end == std::string_view::npos) {

@@ -13,6 +13,8 @@ namespace brindle {
 // before the value so that the loader reads exactly its lines back.
 int32_t CountLines(std::string_view text);
 
+namespace ini {
+
 // Reads a file's bytes one line at a time, without the line ends.
 class LineReader {
  public:
@@ -25,5 +27,7 @@ class LineReader {
   std::string_view bytes_;
   size_t pos_ = 0;
 };
+
+}  // namespace ini
 
 }  // namespace brindle

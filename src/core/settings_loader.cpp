@@ -14,6 +14,8 @@
 namespace brindle {
 namespace {
 
+using namespace ini;
+
 enum class Section {
   kMisc,
   kSignature,
@@ -85,7 +87,7 @@ class SettingsLoader {
   void OnHeader(std::string_view line);
   void OnKey(std::string_view key, std::string_view value);
   void MiscKey(std::string_view key, std::string_view value);
-  void ApplyMiscRule(const brindle::MiscKey& k, std::string_view value);
+  void ApplyMiscRule(const ini::MiscKey& k, std::string_view value);
   void QuoteKey(std::string_view key, std::string_view value, std::string& text, int16_t& flag);
   void SignatureKey(std::string_view key, std::string_view value);
   void ServerKey(std::string_view key, std::string_view value);
@@ -216,7 +218,7 @@ void SettingsLoader::SetInt16(int16_t& var, std::string_view key, std::string_vi
 }
 
 void SettingsLoader::MiscKey(std::string_view key, std::string_view value) {
-  if (const brindle::MiscKey* k = FindMiscKey(key)) return ApplyMiscRule(*k, value);
+  if (const ini::MiscKey* k = FindMiscKey(key)) return ApplyMiscRule(*k, value);
   if (EqualsNoCase(key, "QuoteHeader")) {
     s_.strWrotkaNews = value;  // the single-line attribution of older files
   } else if (EqualsNoCase(key, "NNTPDefaultServer")) {
@@ -232,7 +234,7 @@ void SettingsLoader::MiscKey(std::string_view key, std::string_view value) {
   }
 }
 
-void SettingsLoader::ApplyMiscRule(const brindle::MiscKey& k, std::string_view value) {
+void SettingsLoader::ApplyMiscRule(const ini::MiscKey& k, std::string_view value) {
   switch (k.rule) {
     case MiscRule::kText:
       s_.*k.text = value;

@@ -11,6 +11,8 @@
 namespace brindle {
 namespace {
 
+using namespace ini;
+
 bool LoadFile(const std::string& path, FoundSettings& found, SettingsSource source,
               const TunnelSink& sink) {
   std::optional<std::string> bytes = ReadFileBytes(path);

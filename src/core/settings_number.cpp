@@ -6,7 +6,7 @@
 #include <limits>
 #include <string>
 
-namespace brindle {
+namespace brindle::ini {
 namespace {
 
 bool IsDigit(char c) {
@@ -82,4 +82,4 @@ std::optional<int32_t> NumberAsInt32(std::string_view value) {
   return Rounded<int32_t>(value);
 }
 
-}  // namespace brindle
+}  // namespace brindle::ini

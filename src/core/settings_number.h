@@ -9,7 +9,7 @@
 #include <optional>
 #include <string_view>
 
-namespace brindle {
+namespace brindle::ini {
 
 double LeadingNumber(std::string_view value);
 
@@ -17,4 +17,4 @@ std::optional<int16_t> NumberAsInt16(std::string_view value);
 std::optional<uint8_t> NumberAsByte(std::string_view value);
 std::optional<int32_t> NumberAsInt32(std::string_view value);
 
-}  // namespace brindle
+}  // namespace brindle::ini

@@ -13,6 +13,8 @@
 namespace brindle {
 namespace {
 
+using namespace ini;
+
 class FileText {
  public:
   void Line(std::string_view text) { out_.append(text).append("\r\n"); }
