@@ -113,7 +113,7 @@ class SettingsLoader {
   int mailIndex_ = -1;
   // The tunnel of the server section being read. Its TLS flag is never reset
   // between sections: a POP3 or SMTP section without "SSL" inherits the flag
-  // of the section before it, as files of older versions rely on.
+  // of the section before it. Kept so, because users' files are read that way.
   TunnelRecord pending_;
 };
 
