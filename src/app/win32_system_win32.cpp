@@ -1,6 +1,7 @@
-#include <shellapi.h>
-
 #include "app/win32_system.h"
+
+// shellapi.h needs windows.h first.
+#include <shellapi.h>
 
 namespace brindle::app {
 namespace {
