@@ -207,6 +207,22 @@ TEST(SettingsFileTest, NumbersAreTheLeadingDecimalRoundedHalfToEven) {
   EXPECT_TRUE(s.tunnels.at(0).SSL);
 }
 
+TEST(SettingsFileTest, LineEndsInsideValuesCannotBreakTheFile) {
+  Settings s = DefaultSettings("cfg", kLangEnglish);
+  s.strXMailer = "mailer\n[Signature]";
+  s.strWrotkaNews = "one\ntwo\rthree\r\n";
+  s.signatures[0].email = "a@b";
+  s.signatures[0].text = "-- \nWrapText=1";
+  log::Capture capture;
+  Settings back = Load(SettingsFileText(s));
+  EXPECT_EQ(back.strXMailer, "mailer");
+  EXPECT_TRUE(capture.Contains("\"XMailer\" cut"));
+  EXPECT_EQ(back.strWrotkaNews, "one\r\ntwo\r\nthree\r\n");
+  EXPECT_EQ(back.signatures[0].text, "-- \r\nWrapText=1");
+  EXPECT_EQ(back.intWrap, 76);
+  EXPECT_TRUE(back.signatures[1].IsEmpty());
+}
+
 TEST(SettingsFileTest, EmptyEntriesAreDroppedAndGapsClosed) {
   Settings s = DefaultSettings("cfg", kLangEnglish);
   s.signatures[3].email = "third@example.org";

@@ -11,6 +11,17 @@ int32_t CountLines(std::string_view text) {
   return count;
 }
 
+std::string ini::CrLfLineEnds(std::string_view text) {
+  std::string out;
+  out.reserve(text.size());
+  LineReader lines(text);
+  while (!lines.AtEnd()) {
+    out.append(lines.Next());
+    if (!lines.AtEnd() || text.back() == '\r' || text.back() == '\n') out.append("\r\n");
+  }
+  return out;
+}
+
 std::string_view ini::LineReader::Next() {
   size_t start = pos_;
   size_t end = bytes_.find_first_of("\r\n", start);

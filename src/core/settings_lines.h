@@ -15,6 +15,9 @@ int32_t CountLines(std::string_view text);
 
 namespace ini {
 
+// The text with every line end (LF, lone CR) as CR LF.
+std::string CrLfLineEnds(std::string_view text);
+
 // Reads a file's bytes one line at a time, without the line ends.
 class LineReader {
  public:

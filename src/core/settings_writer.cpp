@@ -18,16 +18,25 @@ using namespace ini;
 class FileText {
  public:
   void Line(std::string_view text) { out_.append(text).append("\r\n"); }
+  // A line end inside a one-line value would start a line of its own in the
+  // file (a stray key, even a section); the value is cut there instead.
   void Key(std::string_view key, std::string_view value) {
+    if (size_t end = value.find_first_of("\r\n"); end != std::string_view::npos) {
+      log::Warning("settings value of \"" + std::string(key) + "\" cut at its line end");
+      value = value.substr(0, end);
+    }
     out_.append(key).append("=").append(value).append("\r\n");
   }
   void Key(std::string_view key, long long value) { Key(key, std::to_string(value)); }
   // The print form of a number: a blank before and after the digits.
   void PrintKey(std::string_view key, bool value) { Key(key, value ? " 1 " : " 0 "); }
   void Raw(std::string_view text) { out_.append(text); }
+  // The count must match the lines the text spans in the file, so any
+  // other line end in it is written as CR LF.
   void MultiLine(std::string_view key, std::string_view text) {
-    Key(key, CountLines(text));
-    Line(text);
+    std::string lines = CrLfLineEnds(text);
+    Key(key, CountLines(lines));
+    Line(lines);
   }
   std::string Take() { return std::move(out_); }
 
