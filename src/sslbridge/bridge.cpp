@@ -84,6 +84,11 @@ class Bridge::ControlSession : public std::enable_shared_from_this<ControlSessio
           bool eof = static_cast<bool>(ec);
           ControlMessage msg = ExamineControlText(self->text_, eof);
           if (msg.complete) return self->Finish(msg.firstLine);
+          if (eof && self->text_.empty()) {
+            // The program probes whether the companion is up by connecting only.
+            log::Debug("control: connection closed without a command");
+            return self->Close();
+          }
           if (eof || self->text_.size() > kMaxControlText) {
             log::Warning("control: incomplete command ignored: " + Printable(self->text_));
             return self->Close();
@@ -175,9 +180,18 @@ void Bridge::AddRoute(const ControlCommand& command) {
   auto it = routes_.find(command.port);
   if (it != routes_.end()) {
     // The same port again: the newer destination holds for new connections.
-    it->second->host = command.host;
-    it->second->destPort = command.destPort;
-    log::Info("route " + std::to_string(command.port) + " now leads to " + where);
+    // A different destination means two tunnels were given one port, which
+    // the program should never do; say so loudly.
+    Route& route = *it->second;
+    std::string old = route.host + ":" + std::to_string(route.destPort);
+    route.host = command.host;
+    route.destPort = command.destPort;
+    if (old == where) {
+      log::Info("route " + std::to_string(command.port) + " to " + where + " added again");
+    } else {
+      log::Warning("route " + std::to_string(command.port) + " led to " + old + ", now leads to " +
+                   where);
+    }
     return;
   }
   auto route = std::make_shared<Route>(io_);
