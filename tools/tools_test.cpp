@@ -56,6 +56,14 @@ class ToolsTest : public ::testing::Test {
   fs::path dir_;
 };
 
+std::string ToLf(const std::string& crlf) {
+  std::string lf;
+  for (size_t i = 0; i < crlf.size(); ++i) {
+    if (crlf.compare(i, 2, "\r\n") != 0) lf.push_back(crlf[i]);
+  }
+  return lf;
+}
+
 size_t Count(const std::string& text, const std::string& what) {
   size_t n = 0;
   for (size_t at = text.find(what); at != std::string::npos; at = text.find(what, at + 1)) ++n;
@@ -100,19 +108,10 @@ TEST_F(ToolsTest, QuoteFixAnswersInTheLineEndsItWasGiven) {
   EXPECT_EQ(Count(r1.out, "###kursor###"), 1u);
   EXPECT_EQ(Count(r1.out, "\n"), Count(r1.out, "\r\n"));
 
-  std::string lf;
-  for (size_t i = 0; i < crlf.size(); ++i) {
-    if (!(crlf[i] == '\r' && i + 1 < crlf.size() && crlf[i + 1] == '\n')) lf.push_back(crlf[i]);
-  }
-  const ToolRun r2 = Exec(BRINDLE_QUOTEFIX_TOOL, "--subject 'Re: spotkanie' " + dirArg, lf);
+  const ToolRun r2 = Exec(BRINDLE_QUOTEFIX_TOOL, "--subject 'Re: spotkanie' " + dirArg, ToLf(crlf));
   ASSERT_EQ(r2.status, 0) << r2.err;
-  EXPECT_EQ(Count(r2.out, "\r\n"), 0u);
-  std::string r1AsLf;
-  for (size_t i = 0; i < r1.out.size(); ++i) {
-    if (!(r1.out[i] == '\r' && i + 1 < r1.out.size() && r1.out[i + 1] == '\n'))
-      r1AsLf.push_back(r1.out[i]);
-  }
-  EXPECT_EQ(r2.out, r1AsLf);
+  EXPECT_EQ(Count(r2.out, "\r"), 0u);
+  EXPECT_EQ(r2.out, ToLf(r1.out));
 }
 
 TEST_F(ToolsTest, QuoteFixReadsTheSettingsFileAndTheOverrides) {
