@@ -13,8 +13,9 @@
 namespace brindle {
 namespace {
 
-// Positions below are 1-based, as the client's text is described in its own
-// terms: 0 means "not found".
+// Positions are 1-based with 0 for "not found", which keeps the arithmetic
+// around the separator block (p + 2, q - p - 1, q + 3) as the client lays
+// the block out.
 using Pos = int64_t;
 
 Pos Find(std::string_view text, std::string_view what, Pos start = 1) {
