@@ -49,9 +49,18 @@ void ChannelPair::ConnectTo(const tcp::resolver::results_type& endpoints) {
   asio::async_connect(server_, endpoints,
                       [self = shared_from_this()](std::error_code ec, const tcp::endpoint&) {
                         if (ec) return self->Ended("server connect", ec);
+                        self->NoDelay();
                         self->ReadServer();
                         self->ReadClient();
                       });
+}
+
+// A relay must not hold back small pieces: each one was already sent as its
+// own write by the side it came from.
+void ChannelPair::NoDelay() {
+  std::error_code ignored;
+  client_.set_option(tcp::no_delay(true), ignored);
+  server_.set_option(tcp::no_delay(true), ignored);
 }
 
 void ChannelPair::ReadClient() {

@@ -47,6 +47,7 @@ class ChannelPair : public std::enable_shared_from_this<ChannelPair> {
   static constexpr size_t kReadSize = 64 * 1024;
 
   void ConnectTo(const asio::ip::tcp::resolver::results_type& endpoints);
+  void NoDelay();
   void ReadClient();
   void ReadServer();
   void Ended(const char* what, const std::error_code& ec);
