@@ -1,9 +1,15 @@
 // A stand-in for the client's library msoe.dll in the Windows tests: its
 // CoStartOutlookExpress notes what it was given and what it found (the
 // client's mutex held by another thread, the program's hooks in place, the
-// current folder) and returns at once, as if the user had closed the client.
+// current folder, and — when STAND_IN_CLIENT_CONNECT names a port — whether a
+// tunnel answers there) and returns at once, as if the user had closed the
+// client. With STAND_IN_CLIENT_LOG set, the notes also go to that file.
+#include <winsock2.h>
+// winsock2.h must come before windows.h.
 #include <windows.h>
 
+#include <cstdio>
+#include <cstdlib>
 #include <string>
 
 namespace {
@@ -39,6 +45,32 @@ int HooksInstalled() {
   return count != nullptr ? count() : -1;
 }
 
+// Like a client reaching its news server through the tunnel.
+const char* TunnelState() {
+  const char* port = std::getenv("STAND_IN_CLIENT_CONNECT");
+  if (port == nullptr) return "unasked";
+  WSADATA data;
+  WSAStartup(MAKEWORD(2, 2), &data);
+  SOCKET s = socket(AF_INET, SOCK_STREAM, IPPROTO_TCP);
+  sockaddr_in address{};
+  address.sin_family = AF_INET;
+  address.sin_port = htons(static_cast<u_short>(std::atoi(port)));
+  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+  const bool up = connect(s, reinterpret_cast<sockaddr*>(&address), sizeof address) == 0;
+  closesocket(s);
+  WSACleanup();
+  return up ? "ok" : "refused";
+}
+
+void WriteLog(const std::string& text) {
+  const char* path = std::getenv("STAND_IN_CLIENT_LOG");
+  if (path == nullptr) return;
+  if (FILE* f = std::fopen(path, "wb")) {
+    std::fputs(text.c_str(), f);
+    std::fclose(f);
+  }
+}
+
 }  // namespace
 
 extern "C" __declspec(dllexport) HRESULT WINAPI
@@ -48,7 +80,9 @@ extern "C" __declspec(dllexport) HRESULT WINAPI
   g_observed = "flags=" + std::to_string(flags) +
                ";cmdline=" + (commandLine ? commandLine : "(null)") +
                ";show=" + std::to_string(showState) + ";mutex=" + MutexState() +
-               ";hooks=" + std::to_string(HooksInstalled()) + ";folder=" + folder;
+               ";hooks=" + std::to_string(HooksInstalled()) + ";folder=" + folder +
+               ";tunnel=" + TunnelState();
+  WriteLog(g_observed);
   return S_OK;
 }
 

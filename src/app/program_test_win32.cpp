@@ -1,0 +1,152 @@
+// brindle.exe run as a user runs it: from a program folder holding the
+// program, OE_Brindle.dll, a companion and an older settings file, started in
+// a folder that holds the client's library. Under Wine the system reports a
+// Windows with Windows Mail, so the program carries Windows Mail's name.
+#include <winsock2.h>
+// winsock2.h must come before windows.h.
+#include <windows.h>
+
+#include <shlobj.h>
+
+#include <fstream>
+#include <sstream>
+#include <string>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+namespace {
+
+using ::testing::HasSubstr;
+
+// A bound on one run of the program, so that a hang fails the test instead
+// of stalling it. Not a measure of speed.
+constexpr DWORD kRunLimitMs = 60000;
+
+std::string MakeTempFolder() {
+  char base[MAX_PATH] = {};
+  GetTempPathA(MAX_PATH, base);
+  const std::string folder =
+      std::string(base) + "brindle-program-" + std::to_string(GetCurrentProcessId());
+  CreateDirectoryA(folder.c_str(), nullptr);
+  return folder;
+}
+
+uint16_t FreePort() {
+  SOCKET s = socket(AF_INET, SOCK_STREAM, IPPROTO_TCP);
+  sockaddr_in a{};
+  a.sin_family = AF_INET;
+  a.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+  bind(s, reinterpret_cast<sockaddr*>(&a), sizeof a);
+  int size = sizeof a;
+  getsockname(s, reinterpret_cast<sockaddr*>(&a), &size);
+  closesocket(s);
+  return ntohs(a.sin_port);
+}
+
+bool Listening(uint16_t port) {
+  SOCKET s = socket(AF_INET, SOCK_STREAM, IPPROTO_TCP);
+  sockaddr_in a{};
+  a.sin_family = AF_INET;
+  a.sin_port = htons(port);
+  a.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+  const bool up = connect(s, reinterpret_cast<sockaddr*>(&a), sizeof a) == 0;
+  closesocket(s);
+  return up;
+}
+
+std::string ReadFile(const std::string& path) {
+  std::ifstream in(path, std::ios::binary);
+  std::stringstream s;
+  s << in.rdbuf();
+  return s.str();
+}
+
+std::string SettingsFile() {
+  char appData[MAX_PATH] = {};
+  SHGetFolderPathA(nullptr, CSIDL_APPDATA, nullptr, 0, appData);
+  return std::string(appData) + "\\OE Brindle\\OE_Brindle.ini";
+}
+
+class WindowsProgramTest : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    WSADATA data;
+    WSAStartup(MAKEWORD(2, 2), &data);
+    root_ = MakeTempFolder();
+    program_ = root_ + "\\program";
+    client_ = root_ + "\\client";
+    CreateDirectoryA(program_.c_str(), nullptr);
+    CreateDirectoryA(client_.c_str(), nullptr);
+    const std::string bin = HOOKS_DLL_DIR;
+    ASSERT_TRUE(
+        CopyFileA((bin + "\\brindle.exe").c_str(), (program_ + "\\winmail.exe").c_str(), FALSE));
+    ASSERT_TRUE(CopyFileA((bin + "\\OE_Brindle.dll").c_str(),
+                          (program_ + "\\OE_Brindle.dll").c_str(), FALSE));
+    ASSERT_TRUE(
+        CopyFileA((std::string(STAND_IN_COMPANION_DIR) + "\\stand_in_companion.exe").c_str(),
+                  (program_ + "\\SslBridge.exe").c_str(), FALSE));
+    ASSERT_TRUE(CopyFileA((std::string(STAND_IN_CLIENT_DIR) + "\\msoe.dll").c_str(),
+                          (client_ + "\\msoe.dll").c_str(), FALSE));
+    DeleteFileA(SettingsFile().c_str());  // the older file must be the one found
+  }
+  void TearDown() override {
+    DeleteFileA(SettingsFile().c_str());
+    for (const char* name :
+         {"\\program\\winmail.exe", "\\program\\OE_Brindle.dll", "\\program\\SslBridge.exe",
+          "\\program\\OE_Brindle.ini", "\\client\\msoe.dll", "\\client.log"})
+      DeleteFileA((root_ + name).c_str());
+    RemoveDirectoryA(program_.c_str());
+    RemoveDirectoryA(client_.c_str());
+    RemoveDirectoryA(root_.c_str());
+    WSACleanup();
+  }
+
+  // Runs the program to its end; returns its exit code.
+  DWORD RunProgram(const std::string& arguments) {
+    STARTUPINFOA startup{};
+    startup.cb = sizeof startup;
+    startup.dwFlags = STARTF_USESHOWWINDOW;
+    startup.wShowWindow = SW_SHOWMINNOACTIVE;
+    PROCESS_INFORMATION process{};
+    std::string commandLine = "\"" + program_ + "\\winmail.exe\" " + arguments;
+    if (!CreateProcessA(nullptr, commandLine.data(), nullptr, nullptr, FALSE, 0, nullptr,
+                        client_.c_str(), &startup, &process)) {
+      ADD_FAILURE() << "cannot start the program: " << GetLastError();
+      return 999;
+    }
+    DWORD code = 998;
+    if (WaitForSingleObject(process.hProcess, kRunLimitMs) == WAIT_OBJECT_0)
+      GetExitCodeProcess(process.hProcess, &code);
+    else
+      ADD_FAILURE() << "the program did not end", TerminateProcess(process.hProcess, 1);
+    CloseHandle(process.hThread);
+    CloseHandle(process.hProcess);
+    return code;
+  }
+
+  std::string root_, program_, client_;
+};
+
+TEST_F(WindowsProgramTest, HostsTheClientWithTunnelsUpAndEndsWithIt) {
+  const uint16_t news = FreePort();
+  std::ofstream(program_ + "\\OE_Brindle.ini", std::ios::binary)
+      << "[NNTPServer]\r\nServerName=127.0.0.1\r\nSrcPort=" << news
+      << "\r\nDestPort=119\r\nAutoStart=1\r\n";
+  SetEnvironmentVariableA("STAND_IN_CLIENT_LOG", (root_ + "\\client.log").c_str());
+  SetEnvironmentVariableA("STAND_IN_CLIENT_CONNECT", std::to_string(news).c_str());
+  SetEnvironmentVariableA("BRINDLE_COMPANION_PORT", std::to_string(FreePort()).c_str());
+
+  EXPECT_EQ(RunProgram("/newsurl:news://127.0.0.1/x"), 0u);
+
+  const std::string seen = ReadFile(root_ + "\\client.log");
+  EXPECT_THAT(seen, HasSubstr("flags=63;cmdline=/newsurl:news://127.0.0.1/x;show=7;"));
+  EXPECT_THAT(seen, HasSubstr(";mutex=held;hooks=2;"));
+  EXPECT_THAT(seen, HasSubstr(";tunnel=ok")) << "the tunnel was not listening while the client ran";
+  EXPECT_FALSE(Listening(news)) << "the tunnel outlived the program";
+  // The older file beside the program moved to the settings folder.
+  EXPECT_THAT(ReadFile(SettingsFile()), HasSubstr("SrcPort=" + std::to_string(news) + "\r\n"));
+  EXPECT_EQ(GetFileAttributesA((program_ + "\\OE_Brindle.ini").c_str()), INVALID_FILE_ATTRIBUTES);
+}
+
+}  // namespace
