@@ -133,9 +133,12 @@ TEST(SettingsFileTest, TunnelSectionsFollowTheirPendingValues) {
       "[POP3Server]\r\nServerName=p2\r\n"
       "[NNTPServer]\r\nServerName=n\r\n"
       "[SMTPServer]\r\nServerName=s\r\nSSL=0\r\nSrcPort=2525\r\n"
-      "[SMTPServer]\r\nAutoStart=1\r\n",
+      "[SMTPServer]\r\nAutoStart=1\r\n"
+      "[POP3Server]\r\nServerName=p3\r\nSSL=1\r\n"
+      "[NNTPServer]\r\nServerName=n2\r\n"
+      "[SMTPServer]\r\nServerName=s2\r\n",
       &t);
-  ASSERT_EQ(t.size(), 6u);
+  ASSERT_EQ(t.size(), 9u);
   // Before the first server section the ports are 0; news never reads SSL.
   EXPECT_EQ(t[0].SrcPort, 0);
   EXPECT_FALSE(t[0].SSL);
@@ -153,6 +156,10 @@ TEST(SettingsFileTest, TunnelSectionsFollowTheirPendingValues) {
   EXPECT_EQ(t[5].SrcPort, 25);
   EXPECT_TRUE(t[5].AutoStart);
   EXPECT_EQ(t[5].tType, kTypeSmtp);
+  // A news section between two mail sections stays plain, and the flag it
+  // did not take still reaches the mail section after it.
+  EXPECT_FALSE(t[7].SSL);
+  EXPECT_TRUE(t[8].SSL);
 }
 
 TEST(SettingsFileTest, EachTunnelReachesTheSinkBeforeTheRestIsRead) {

@@ -229,6 +229,7 @@ void SettingsLoader::MiscKey(std::string_view key, std::string_view value) {
     if (r.SrcPort == 0) r.SrcPort = 119;
     if (r.DestPort == 0) r.DestPort = 119;
     r.AutoStart = true;
+    r.SSL = false;
     r.tType = kTypeNntp;
     AddTunnel(r);
   }
@@ -350,6 +351,9 @@ void SettingsLoader::BackgroundKey(std::string_view key, std::string_view value)
 void SettingsLoader::CompleteTunnel() {
   TunnelRecord r = pending_;
   r.tType = TypeOf(section_);
+  // A news tunnel never gets TLS from the file: the flag carried over from a
+  // mail section before it stays pending for the next mail section instead.
+  if (section_ == Section::kNntp) r.SSL = false;
   AddTunnel(r);
   pending_.Server.clear();
   pending_.AutoStart = false;
