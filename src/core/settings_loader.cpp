@@ -69,7 +69,10 @@ constexpr int kMaxWarnings = 50;
 // A piece of the file quoted in a log entry, cut short.
 std::string Quoted(std::string_view text) {
   constexpr size_t kMax = 40;
-  return "\"" + std::string(text.substr(0, kMax)) + (text.size() > kMax ? "...\"" : "\"");
+  std::string out(1, '"');
+  out.append(text.substr(0, kMax));
+  out.append(text.size() > kMax ? "...\"" : "\"");
+  return out;
 }
 
 bool IsOne(std::string_view value) {
