@@ -45,20 +45,28 @@ TEST_F(CompanionTest, SslTunnelRegistersRouteAndItsChannelsGoThroughIt) {
   EXPECT_TRUE(proxy_->Tunnels().empty());
 }
 
-TEST_F(CompanionTest, RoutePortSkipsPortsInUse) {
+TEST_F(CompanionTest, RoutePortsSkipPortsInUseAndPortsPromisedToOtherRoutes) {
   MakeProxy();
+  ScriptedServer squatter{io_, "", firstSslPort_};
   TunnelRecord record{"h", UnusedPort(io_), 563, true, true, kTypeNntp};
   CTunnel& first = proxy_->AddTunnel(record);
-  // The first tunnel's route port is now in use by someone else.
-  ScriptedServer squatter{io_, "", first.srcSSLPort()};
+  // Started in the same burst: the companion has bound nothing yet.
   record.SrcPort = UnusedPort(io_);
   CTunnel& second = proxy_->AddTunnel(record);
-  EXPECT_GT(second.srcSSLPort(), first.srcSSLPort());
+  EXPECT_GT(first.srcSSLPort(), firstSslPort_);
+  EXPECT_NE(second.srcSSLPort(), first.srcSSLPort());
+  ASSERT_TRUE(RunUntil(io_, [&] { return companion_.exchanges.size() == 2; }));
+  EXPECT_EQ(companion_.exchanges[0], "a:" + std::to_string(first.srcSSLPort()) + ":h:563\r\nEND");
+  EXPECT_EQ(companion_.exchanges[1], "a:" + std::to_string(second.srcSSLPort()) + ":h:563\r\nEND");
 }
 
 TEST_F(CompanionTest, QuitIsSentOnceEvenWithoutSslTunnels) {
   MakeProxy();
   Tunnel(kTypeNntp, server_);
+  bool up = false;
+  proxy_->ProbeCompanion([&](bool answer) { up = answer; });
+  ASSERT_TRUE(RunUntil(io_, [&] { return up; }));
+  ASSERT_EQ(companion_.connections, 1);
   int done = 0;
   proxy_->CloseDown([&] { ++done; });
   proxy_->CloseDown([&] { ++done; });

@@ -70,7 +70,7 @@ TEST_F(NntpTest, ArticleSplitAnywhereIsFilteredOnce) {
       answer.substr(0, answer.size() - 5) + "{FilterBegin}{FilterChars1}{FixBoundary}\r\n.\r\n";
   // Inside the status code, after it, inside the body, between "\r\n." and
   // "\r\n", and before the last byte.
-  for (size_t split : {2ul, 4ul, 30ul, answer.size() - 2, answer.size() - 1}) {
+  for (size_t split : {size_t{2}, size_t{4}, size_t{30}, answer.size() - 2, answer.size() - 1}) {
     SCOPED_TRACE(split);
     steps_.calls.clear();
     Dialogue d = Open(port_, server_, kGreeting);
@@ -98,9 +98,9 @@ TEST_F(NntpTest, MissingArticlePassesAtOnceAndLeavesArticleMode) {
 
 TEST_F(NntpTest, AuthinfoPasswordIsRelayedButNeverShownOrLogged) {
   log::Capture log;
-  Feed(d_.client, "AUTHINFO PASS s3cret!\r\n", "AUTHINFO PASS ********\r\n");
+  Feed(d_.client, "AUTHINFO PASS s3cret!\r\n", "AUTHINFO PASS ********");
   ASSERT_TRUE(Receives(d_.server, "AUTHINFO PASS s3cret!\r\n"));
-  EXPECT_EQ(proxy_->Display().RecentlyTransferredData(), "AUTHINFO PASS ********\r\n");
+  EXPECT_EQ(proxy_->Display().RecentlyTransferredData(), "AUTHINFO PASS ********");
   EXPECT_FALSE(log.Contains("s3cret"));
 }
 

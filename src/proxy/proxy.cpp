@@ -6,6 +6,7 @@
 #include "proxy/channel_registry.h"
 #include "proxy/companion_link.h"
 #include "proxy/message_steps.h"
+#include "proxy/route_ports.h"
 #include "proxy/socket_pools.h"
 #include "proxy/transfer_display.h"
 #include "proxy/tunnel.h"
@@ -30,7 +31,7 @@ struct Proxy::Impl {
   }
 
   TunnelServices TunnelContext() {
-    return {io, settings, relays, channels, companion, options.firstSslPort};
+    return {io, settings, relays, routePorts, channels, companion, options.firstSslPort};
   }
 
   asio::io_context& io;
@@ -38,6 +39,7 @@ struct Proxy::Impl {
   ProxyOptions options;
   TransferDisplay display;
   RelaySocketPool relays;
+  RoutePorts routePorts;
   std::shared_ptr<CompanionLink> companion;
   std::shared_ptr<ChannelRegistry> channels;
   std::vector<std::unique_ptr<CTunnel>> tunnels;

@@ -28,7 +28,7 @@ class ProxyFixture : public ::testing::Test {
     store_ = std::make_unique<SettingsStore>(std::move(settings));
     ProxyOptions options;
     options.companionControlPort = companion_.Port();
-    options.firstSslPort = UnusedPort(io_);
+    options.firstSslPort = firstSslPort_;
     options.steps = &steps_;
     proxy_ = std::make_unique<Proxy>(io_, *store_, options);
     proxy_->SetDisplayTransferredData(true);
@@ -82,6 +82,7 @@ class ProxyFixture : public ::testing::Test {
   asio::io_context io_;
   RecordingSteps steps_;
   FakeCompanion companion_{io_, true};
+  uint16_t firstSslPort_ = UnusedPort(io_);
   std::unique_ptr<SettingsStore> store_;
   std::unique_ptr<Proxy> proxy_;
 };

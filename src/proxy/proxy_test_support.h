@@ -4,6 +4,7 @@
 // steps that record their calls.
 #pragma once
 
+#include <array>
 #include <chrono>
 #include <deque>
 #include <functional>

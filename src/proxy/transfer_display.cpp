@@ -28,6 +28,11 @@ std::string MaskLine(std::string_view line, bool inAuthExchange) {
 }  // namespace
 
 std::string MaskClientPiece(std::string_view piece, bool inAuthExchange) {
+  // The classic form: a piece that starts with AUTHINFO shows as its command
+  // part and the mask, nothing more.
+  if (StartsWithNoCase(piece, "AUTHINFO")) {
+    return std::string(piece.substr(0, kAuthInfoShown)).append(kHidden);
+  }
   std::string shown;
   size_t from = 0;
   while (from < piece.size() && shown.size() <= TransferDisplay::kClientPieceLimit) {

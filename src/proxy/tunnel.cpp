@@ -42,7 +42,10 @@ int CTunnel::start(std::function<void(int)> done) {
     if (done) asio::post(services_.io, [done, error] { done(error); });
     return error;
   }
+  if (routeClaimed_) services_.routePorts.Release(srcSSLPort_);
   srcSSLPort_ = FindFreeLocalPort();
+  services_.routePorts.Claim(srcSSLPort_);
+  routeClaimed_ = true;
   services_.companion->Send(CompanionLink::AddRoute(srcSSLPort_, Server, DestPort),
                             CompanionLink::kRouteConnectLimit, [done, error](bool) {
                               if (done) done(error);
@@ -78,8 +81,8 @@ void CTunnel::ShowStartError(int error, const std::error_code& ec) {
                  TunnelStartErrorTitle(language), BoxIcon::kExclamation);
 }
 
-// The lowest loopback port from firstSslPort on that is free right now; the
-// companion binds it once it has the route.
+// The lowest loopback port from firstSslPort on that is free right now and
+// not promised to another route; the companion binds it once it has the route.
 uint16_t CTunnel::FindFreeLocalPort() {
   for (uint32_t port = services_.firstSslPort; port <= 65535; ++port) {
     tcp::acceptor probe(services_.io);
@@ -87,7 +90,8 @@ uint16_t CTunnel::FindFreeLocalPort() {
     probe.open(tcp::v4(), ec);
     if (!ec) probe.bind(tcp::endpoint(asio::ip::address_v4::loopback(), port), ec);
     if (!ec) probe.listen(1, ec);
-    if (ec != asio::error::address_in_use) return static_cast<uint16_t>(port);
+    if (ec == asio::error::address_in_use || services_.routePorts.Taken(port)) continue;
+    return static_cast<uint16_t>(port);
   }
   return services_.firstSslPort;
 }
@@ -100,6 +104,10 @@ void CTunnel::StopServer(std::function<void()> done) {
     retry_.cancel();
   }
   blnRunning_ = false;
+  if (routeClaimed_) {  // the withdrawal is queued before any later claim's "a:"
+    services_.routePorts.Release(srcSSLPort_);
+    routeClaimed_ = false;
+  }
   if (!SSL) {
     if (done) asio::post(services_.io, std::move(done));
     return;

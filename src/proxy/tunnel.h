@@ -18,6 +18,7 @@
 #include "proxy/channel_pair.h"
 #include "proxy/channel_registry.h"
 #include "proxy/companion_link.h"
+#include "proxy/route_ports.h"
 #include "proxy/socket_pools.h"
 
 namespace brindle {
@@ -27,6 +28,7 @@ struct TunnelServices {
   asio::io_context& io;
   SettingsStore& settings;
   RelaySocketPool& relays;
+  RoutePorts& routePorts;
   std::shared_ptr<ChannelRegistry> channels;
   std::shared_ptr<CompanionLink> companion;
   uint16_t firstSslPort = 1024;
@@ -74,6 +76,7 @@ class CTunnel {
   std::shared_ptr<int> alive_ = std::make_shared<int>(0);
   int32_t tType_ = kTypeUnset;
   uint16_t srcSSLPort_ = 0;
+  bool routeClaimed_ = false;
   int16_t intRelayIndex_;
   bool blnRunning_ = false;
   bool acceptArmed_ = false;

@@ -1,0 +1,53 @@
+// Which steps run on a finished message, and what the user sees of a piece.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "proxy/message_pipeline.h"
+#include "proxy/proxy_test_support.h"
+#include "proxy/transfer_display.h"
+
+namespace brindle::proxytest {
+namespace {
+
+using ::testing::ElementsAre;
+
+TEST(MessagePipelineTest, UuencodeCheckDependsOnTheLastPieceNotTheArticle) {
+  Settings s;
+  s.intBeginFilter = 1;
+  s.intCharFiltering = 2;  // "delete" is never applied to downloads
+  const std::string article(100000, 'x');
+  RecordingSteps steps;
+  FilterNewsArticle(article + "\r\n.\r\n", 29999, s, steps);
+  EXPECT_THAT(steps.calls, ElementsAre("FilterBegin", "FixBoundary"));
+  steps.calls.clear();
+  FilterNewsArticle("short\r\n.\r\n", 30000, s, steps);
+  EXPECT_THAT(steps.calls, ElementsAre("FixBoundary"));
+  steps.calls.clear();
+  s.intBeginFilter = 0;
+  s.intCharFiltering = 1;
+  FilterNewsArticle("short\r\n.\r\n", 5, s, steps);
+  EXPECT_THAT(steps.calls, ElementsAre("FilterChars1", "FixBoundary"));
+}
+
+TEST(MessagePipelineTest, MailFilterAndFailureKeepTheOriginal) {
+  Settings s;
+  RecordingSteps steps;
+  EXPECT_EQ(FilterMailMessage("m\r\n.\r\n", s, steps), "m{FixBoundary}\r\n.\r\n");
+  steps.failIn = "ChangeNewsHeaders";  // a later step fails: nothing of the earlier ones stays
+  EXPECT_EQ(RewriteNewsArticle("a\r\n.\r\n", s, steps), "a\r\n.\r\n");
+}
+
+TEST(TransferDisplayTest, CredentialsAreMaskedOnEveryLineOfAPiece) {
+  EXPECT_EQ(MaskClientPiece("authinfo pass x y z\r\n", false), "authinfo pass ********");
+  EXPECT_EQ(MaskClientPiece("USER joe\r\nPASS pw\r\nSTAT\r\n", false),
+            "USER joe\r\nPASS ********\r\nSTAT\r\n");
+  EXPECT_EQ(MaskClientPiece("EHLO x\r\nAUTH PLAIN AGpvZQ==\r\n", false),
+            "EHLO x\r\nAUTH PLAIN ********\r\n");
+  EXPECT_EQ(MaskClientPiece("AUTH LOGIN\r\n", false), "AUTH LOGIN\r\n");
+  EXPECT_EQ(MaskClientPiece("am9l\r\n", true), "********\r\n");
+  EXPECT_EQ(MaskClientPiece(std::string(5000, 'a'), false).size(),
+            TransferDisplay::kClientPieceLimit);
+}
+
+}  // namespace
+}  // namespace brindle::proxytest
