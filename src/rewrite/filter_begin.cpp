@@ -1,6 +1,10 @@
 // Check of uuencoded blocks in downloaded articles.
+#include <new>
 #include <string_view>
+#include <vector>
 
+#include "core/log.h"
+#include "fast_find.h"
 #include "incoming_filters.h"
 #include "uuencode_end_lines.h"
 
@@ -8,20 +12,26 @@ namespace brindle {
 
 namespace {
 
-constexpr std::string_view kDoubledCrBegin = "\r\rbegin ";
-constexpr std::string_view kBeginLine = "\r\nbegin ";
+constexpr std::string_view kBegin = "begin ";
 constexpr size_t kBlankOffset = 7;  // "\r\nbegin" then the blank
 constexpr size_t kModeOffset = 8;   // three octal digits of the file mode
 constexpr char kNoBreakSpace = static_cast<char>(160);
 
-// Some servers hand out a begin line after a doubled carriage return; that is
-// taken for a line end. The pattern cannot overlap itself, so one
-// left-to-right pass over the original text gives every occurrence.
-void FixDoubledCarriageReturns(std::string& text) {
-  for (size_t at = text.find(kDoubledCrBegin); at != std::string::npos;
-       at = text.find(kDoubledCrBegin, at + kDoubledCrBegin.size())) {
-    text[at + 1] = '\n';
+// One pass over the text: every "begin " after a line end, as positions of
+// the line end's carriage return. Some servers hand out a begin line after a
+// doubled carriage return; that is taken for a line end, and corrected in the
+// text before anything else looks at it (it can complete an end line). The
+// doubled form cannot overlap itself, so correcting as the pass goes gives
+// the same text as replacing every occurrence of the original.
+std::vector<size_t> FindBeginLines(std::string& text) {
+  std::vector<size_t> lines;
+  for (size_t at = FastFind(text, kBegin, 2); at != std::string::npos;
+       at = FastFind(text, kBegin, at + kBegin.size())) {
+    if (text[at - 2] != '\r') continue;
+    if (text[at - 1] == '\r') text[at - 1] = '\n';
+    if (text[at - 1] == '\n') lines.push_back(at - 2);
   }
+  return lines;
 }
 
 enum class ModeKind { kOctal, kShort, kNoMode };
@@ -39,33 +49,42 @@ ModeKind ClassifyMode(std::string_view text, size_t modeAt) {
   return ModeKind::kOctal;
 }
 
+// A begin line is broken when its mode is short, or when it is octal and no
+// end line follows; an octal one with an end line moves `endLine` there.
+bool IsBroken(std::string_view text, size_t p, UuencodeEndLines& endLines, size_t& endLine) {
+  switch (ClassifyMode(text, p + kModeOffset)) {
+    case ModeKind::kOctal: {
+      const size_t found = endLines.FindFrom(p + 1);
+      if (found == std::string::npos) return true;
+      endLine = found;
+      return false;
+    }
+    case ModeKind::kShort:
+      return true;
+    case ModeKind::kNoMode:
+      return false;
+  }
+  return false;
+}
+
 }  // namespace
 
 std::string FilterBegin(std::string text) {
-  FixDoubledCarriageReturns(text);
+  std::vector<size_t> beginLines;
+  try {
+    beginLines = FindBeginLines(text);
+  } catch (const std::bad_alloc&) {
+    // Only line ends have changed so far; the blocks go unchecked.
+    log::Warning("Uuencode check: out of memory, begin lines left unchecked");
+    return text;
+  }
   UuencodeEndLines endLines(text);
   size_t start = 0;
   size_t endLine = 0;  // kept across begin lines: only a later end line moves `start`
-  for (size_t p = text.find(kBeginLine); p != std::string::npos; p = text.find(kBeginLine, start)) {
-    bool broken = false;
-    switch (ClassifyMode(text, p + kModeOffset)) {
-      case ModeKind::kOctal: {
-        const size_t found = endLines.FindFrom(p + 1);
-        if (found == std::string::npos) {
-          broken = true;
-        } else {
-          endLine = found;
-        }
-        break;
-      }
-      case ModeKind::kShort:
-        broken = true;
-        break;
-      case ModeKind::kNoMode:
-        break;
-    }
+  for (const size_t p : beginLines) {
+    if (p < start) continue;
     // The client no longer sees "begin " and does not decode an unterminated block.
-    if (broken) text[p + kBlankOffset] = kNoBreakSpace;
+    if (IsBroken(text, p, endLines, endLine)) text[p + kBlankOffset] = kNoBreakSpace;
     // Behind a well-formed block, carry on after its end line: begin lines
     // inside the block are part of its data.
     start = endLine > p ? endLine : p + 1;

@@ -19,10 +19,14 @@ bool Kept(int c) {
 }
 
 TEST(FilterChars, BlankModeBlanksExactlyTheControlCodesAndKeepsTheLength) {
-  const std::string out = FilterChars(AllBytes(), 1);
-  ASSERT_EQ(out.size(), 256u);
-  for (int c = 0; c < 256; ++c) {
-    EXPECT_EQ(static_cast<unsigned char>(out[c]), Kept(c) ? c : ' ') << "code " << c;
+  // Shifted, so that every code lands in a whole block and in the tail.
+  for (size_t shift : {0, 21}) {
+    const std::string out = FilterChars(std::string(shift, 'a') + AllBytes() + AllBytes(), 1);
+    ASSERT_EQ(out.size(), shift + 512);
+    for (size_t i = shift; i < out.size(); ++i) {
+      const int c = static_cast<int>((i - shift) % 256);
+      EXPECT_EQ(static_cast<unsigned char>(out[i]), Kept(c) ? c : ' ') << "code " << c;
+    }
   }
 }
 

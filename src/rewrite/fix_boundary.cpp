@@ -3,6 +3,7 @@
 #include <string_view>
 
 #include "core/log.h"
+#include "fast_find.h"
 #include "incoming_filters.h"
 
 namespace brindle {
@@ -41,7 +42,7 @@ bool RelabelLine(std::string& text, size_t at) {
 // start of "boundary=", which is the closing quote when the value follows
 // "boundary=" directly. npos when any piece is missing.
 size_t FindFirstPartHeader(const std::string& text, size_t contentType) {
-  const size_t boundary = text.find(kBoundary, contentType);
+  const size_t boundary = FastFind(text, kBoundary, contentType);
   if (boundary == std::string::npos) return std::string::npos;
   const size_t open = text.find('"', boundary);
   if (open == std::string::npos) return std::string::npos;
@@ -50,7 +51,7 @@ size_t FindFirstPartHeader(const std::string& text, size_t contentType) {
   const std::string_view value(text.data() + open + 1, close - open - 1);
   const size_t from = boundary + kBoundary.size() + 1 + value.size();
   if (from > text.size()) return std::string::npos;
-  const size_t delimiter = text.find(value, from);
+  const size_t delimiter = FastFind(text, value, from);
   if (delimiter == std::string::npos) return std::string::npos;
   return text.find(kContentType, delimiter + value.size());
 }

@@ -1,5 +1,7 @@
 #include "uuencode_end_lines.h"
 
+#include "fast_find.h"
+
 namespace brindle {
 
 size_t UuencodeEndLines::FindFrom(size_t from) {
@@ -18,7 +20,7 @@ size_t UuencodeEndLines::NextOf(size_t form, size_t from) {
     return hit_[form];
   }
   searched_[form] = true;
-  hit_[form] = text_.find(kUuencodeEndLines[form], from);
+  hit_[form] = FastFind(text_, kUuencodeEndLines[form], from);
   return hit_[form];
 }
 
