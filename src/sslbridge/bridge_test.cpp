@@ -184,6 +184,37 @@ TEST_F(BridgeTest, DeleteStopsTheListenerButLetsRelaysFinish) {
   EXPECT_EQ(after.ReadUntil("\r\n"), "three\r\n");
 }
 
+TEST_F(BridgeTest, AddingAKnownPortAgainRepointsItForNewConnections) {
+  TlsEchoServer first(testing::MakeServerCert(*ca_, {"localhost"}));
+  TlsEchoServer second(testing::MakeServerCert(*ca_, {"localhost"}));
+  StartBridge();
+  uint16_t port = Route("localhost", first);
+  ASSERT_TRUE(SendControl(control_, AddRoute(port, "localhost", second.Port())));
+  EXPECT_TRUE(log_.Contains("led to localhost:" + std::to_string(first.Port())));
+
+  LoopbackClient client(port);
+  ASSERT_TRUE(client.Send("where\r\n"));
+  EXPECT_EQ(client.ReadUntil("\r\n"), "where\r\n");
+  EXPECT_TRUE(first.ServerNamesSeen().empty());
+  EXPECT_EQ(second.ServerNamesSeen().size(), 1u);
+}
+
+// A server that takes the connection but never answers the handshake must
+// not hold the client forever.
+TEST_F(BridgeTest, SilentServerTimesOutTheHandshake) {
+  asio::io_context quiet;
+  asio::ip::tcp::acceptor silent(quiet, {asio::ip::address_v4::loopback(), 0});
+  StartBridge([](BridgeOptions& o) { o.handshakeLimit = 300ms; });
+  uint16_t port = testing::FreePort();
+  ASSERT_TRUE(SendControl(control_, AddRoute(port, "localhost", silent.local_endpoint().port())));
+  LoopbackClient client(port);
+  client.Send("STAT\r\n");
+  bool closed = false;
+  EXPECT_EQ(client.ReadToEnd(&closed), "");
+  EXPECT_TRUE(closed);
+  EXPECT_TRUE(log_.Contains("connect and TLS handshake took too long")) << log_.Text();
+}
+
 TEST_F(BridgeTest, BadControlInputIsLoggedAndNeverHangs) {
   TlsEchoServer server(testing::MakeServerCert(*ca_, {"localhost"}));
   StartBridge();
