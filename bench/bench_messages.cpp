@@ -190,6 +190,29 @@ std::string OutgoingMail(size_t bytes) {
   return Finish(std::move(text));
 }
 
+std::string ReplyEditorText(size_t bytes) {
+  std::string text =
+      "\r\n-- \r\nMarek\r\n"
+      "----- Original Message ----- \r\n"
+      "From: \"Jan Kowalski\" <jan@example.org>\r\n"
+      "To: \"Marek Nowak\" <marek@example.net>\r\n"
+      "Sent: Tuesday, March 13, 2007 9:15 AM\r\n"
+      "Subject: Re: spotkanie\r\n"
+      "\r\n"
+      "\r\n";
+  std::string body;
+  AppendBody(body, bytes > text.size() + 60 ? bytes - text.size() - 60 : 0, false);
+  // The client quotes every line of the message it answers with "> ".
+  size_t lineStart = 0;
+  for (size_t end = body.find("\r\n"); end != std::string::npos;
+       lineStart = end + 2, end = body.find("\r\n", lineStart)) {
+    text += "> ";
+    text.append(body, lineStart, end + 2 - lineStart);
+  }
+  text += "> \r\n> -- \r\n> Jan Kowalski\r\n> tel. 600 000 000\r\n";
+  return text;
+}
+
 Settings RewritingSettings() {
   Settings s;
   s.intXNewsreader = 1;

@@ -24,6 +24,10 @@ std::string OutgoingArticle(size_t bytes);
 // A mail as the client hands it over after DATA.
 std::string OutgoingMail(size_t bytes);
 
+// The plain text of a reply window's editor as the client fills it: the
+// user's signature, the client's separator block, then the quoted message.
+std::string ReplyEditorText(size_t bytes);
+
 // Settings under which every outgoing step has work to do: identification
 // headers replaced, three custom headers per table, a signature for the
 // generated sender.

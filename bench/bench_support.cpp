@@ -25,6 +25,9 @@ const std::string& Message(Kind kind, size_t bytes) {
       case Kind::kOutgoingMail:
         it->second = OutgoingMail(bytes);
         break;
+      case Kind::kReplyText:
+        it->second = ReplyEditorText(bytes);
+        break;
     }
   }
   return it->second;

@@ -10,7 +10,13 @@
 
 namespace brindle::bench {
 
-enum class Kind { kDownloadedArticle, kDownloadedMail, kOutgoingArticle, kOutgoingMail };
+enum class Kind {
+  kDownloadedArticle,
+  kDownloadedMail,
+  kOutgoingArticle,
+  kOutgoingMail,
+  kReplyText
+};
 
 // Generated once per kind and size, then shared by every benchmark.
 const std::string& Message(Kind kind, size_t bytes);

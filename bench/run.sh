@@ -1,12 +1,12 @@
 #!/bin/sh
 # Builds the benchmarks in Release and prints each benchmark's median
 # throughput and its time ratio to the memchr baseline of the same run.
-# Usage: bench/run.sh [program ...]   (default: incoming_bench outgoing_bench)
+# Usage: bench/run.sh [program ...]   (default: incoming_bench outgoing_bench quote_fix_bench)
 # BUILD_DIR chooses the build folder (default build/bench-release).
 set -eu
 root=$(cd "$(dirname "$0")/.." && pwd)
 build=${BUILD_DIR:-$root/build/bench-release}
-programs=${*:-incoming_bench outgoing_bench}
+programs=${*:-incoming_bench outgoing_bench quote_fix_bench}
 repetitions=${REPETITIONS:-5}
 
 cmake -S "$root" -B "$build" -DCMAKE_BUILD_TYPE=Release -DBRINDLE_BENCH=ON -DBRINDLE_TESTS=OFF >/dev/null
