@@ -14,9 +14,10 @@ enum class Match { kExact, kAnyCase };
 
 // Replaces the value of the first `header` ("Name: ") in the text by `value`,
 // keeping the line end. The search is not anchored at a line start: the
-// original client's headers are found wherever they first occur. Without the
-// header, or without a line end after it, the text goes out as it came:
-// splicing anyway would overwrite the start of a message from another client.
+// first occurrence anywhere counts, as users' setups have always had it.
+// Without the header, or without a line end after it, the text goes out as it
+// came: splicing anyway would overwrite the start of a message from a client
+// that writes no such header.
 std::string ReplaceHeaderValue(std::string text, std::string_view header, std::string_view value,
                                Match match, std::string_view step) {
   size_t found = match == Match::kExact ? text.find(header) : FindNoCase(text, header);
