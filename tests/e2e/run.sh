@@ -26,14 +26,16 @@ ensure_packages() {
   done
   [ ${#missing[@]} -eq 0 ] && return 0
   say "installing ${missing[*]}"
+  local log=${TMPDIR:-/tmp}/brindle-e2e-apt.log
   # inn2's set-up stops when the machine's own name has no domain; the run
-  # uses its own configuration anyway, so give the packaged one a domain.
-  mkdir -p /etc/news
-  if [ ! -e /etc/news/inn.conf ]; then printf 'domain: e2e.test\n' >/etc/news/inn.conf; fi
-  DEBIAN_FRONTEND=noninteractive apt-get install -y --no-install-recommends "${missing[@]}" \
-    >"${TMPDIR:-/tmp}/brindle-e2e-apt.log" 2>&1 || {
-    sed -i 's/^#\?domain:.*/domain: e2e.test/' /etc/news/inn.conf
-    DEBIAN_FRONTEND=noninteractive dpkg --configure -a >>"${TMPDIR:-/tmp}/brindle-e2e-apt.log" 2>&1
+  # uses its own configuration anyway, so give the packaged one a domain and
+  # finish the set-up.
+  DEBIAN_FRONTEND=noninteractive apt-get install -y --no-install-recommends \
+    -o Dpkg::Options::=--force-confdef -o Dpkg::Options::=--force-confold "${missing[@]}" \
+    </dev/null >"$log" 2>&1 || {
+    [ -f /etc/news/inn.conf ] && sed -i 's/^#\?domain:.*/domain: e2e.test/' /etc/news/inn.conf
+    DEBIAN_FRONTEND=noninteractive dpkg --configure -a --force-confdef --force-confold \
+      </dev/null >>"$log" 2>&1 || true
   }
   for p in "${missing[@]}"; do
     dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q "ok installed" ||

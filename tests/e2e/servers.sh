@@ -35,34 +35,73 @@ make_pki() {
 }
 
 # INN: an isolated news server with one group, local.test, where anyone on
-# loopback may post. Sets INN_PORT.
+# loopback may post. Its own configuration, so the system's copy (and its
+# state after earlier installs) does not matter. Sets INN_PORT.
 start_inn() {
-  local d=$WORK/inn conf
+  local d=$WORK/inn
   INN_PORT=$(free_port)
   mkdir -p "$d"/{etc,db,log,run,http} "$d"/spool/{articles,overview,incoming/tmp,outgoing,archive}
-  cp -a /etc/news/. "$d/etc/"
-  conf=$d/etc/inn.conf
-  set_inn() {
-    if grep -q "^$1:" "$conf"; then sed -i "s|^$1:.*|$1: $2|" "$conf"; else echo "$1: $2" >>"$conf"; fi
-  }
-  set_inn pathetc "$d/etc"; set_inn pathdb "$d/db"; set_inn pathlog "$d/log"
-  set_inn pathrun "$d/run"; set_inn pathspool "$d/spool"; set_inn pathhttp "$d/http"
-  set_inn patharticles "$d/spool/articles"; set_inn pathoverview "$d/spool/overview"
-  set_inn pathincoming "$d/spool/incoming"; set_inn pathtmp "$d/spool/incoming/tmp"
-  set_inn pathoutgoing "$d/spool/outgoing"; set_inn patharchive "$d/spool/archive"
-  set_inn port "$INN_PORT"; set_inn bindaddress 127.0.0.1
-  set_inn domain e2e.test; set_inn pathhost e2e.test
+  # Secondary files (moderators, distrib.pats, ...) as packaged, when present.
+  [ -d /etc/news ] && cp -a /etc/news/. "$d/etc/"
+  cat >"$d/etc/inn.conf" <<CONF
+domain: e2e.test
+pathhost: e2e.test
+organization: "Brindle end-to-end run"
+mta: "/bin/true"
+port: $INN_PORT
+bindaddress: 127.0.0.1
+bindaddress6: "::1"
+ovmethod: tradindexed
+hismethod: hisv6
+pathnews: /usr/lib/news
+pathbin: /usr/lib/news/bin
+pathcontrol: /usr/lib/news/bin/control
+pathfilter: /etc/news/filter
+pathetc: $d/etc
+pathdb: $d/db
+pathlog: $d/log
+pathrun: $d/run
+pathhttp: $d/http
+pathspool: $d/spool
+patharticles: $d/spool/articles
+pathoverview: $d/spool/overview
+pathincoming: $d/spool/incoming
+pathtmp: $d/spool/incoming/tmp
+pathoutgoing: $d/spool/outgoing
+patharchive: $d/spool/archive
+CONF
+  cat >"$d/etc/readers.conf" <<'CONF'
+auth "loopback" {
+  hosts: "localhost, 127.0.0.1, ::1"
+  default: "<loopback>"
+}
+access "loopback" {
+  users: "<loopback>"
+  newsgroups: "*"
+  access: RPA
+}
+CONF
+  printf 'method tradspool {
+  newsgroups: *
+  class: 0
+}
+' >"$d/etc/storage.conf"
+  # No feeding peers: every loopback connection is a reader (nnrpd).
+  printf 'peer ME {
+  hostname: "192.0.2.1"
+}
+' >"$d/etc/incoming.conf"
+  printf 'ME:!*/!local::
+' >"$d/etc/newsfeeds"
   printf '%s\n' 'control 0000000000 0000000001 n' 'control.cancel 0000000000 0000000001 n' \
     'junk 0000000000 0000000001 n' 'local.test 0000000000 0000000001 y' >"$d/db/active"
   : >"$d/db/active.times"
   printf 'local.test\tEnd-to-end tests.\n' >"$d/db/newsgroups"
-  # No feeding peers: every loopback connection is a reader (nnrpd).
-  printf 'peer ME {\n  hostname: "192.0.2.1"\n}\n' >"$d/etc/incoming.conf"
-  printf 'ME:!*/!local::\n' >"$d/etc/newsfeeds"
   : >"$d/db/history"
   chown -R news:news "$d"
-  su news -s /bin/sh -c "INNCONF='$conf' /usr/lib/news/bin/makedbz -i -o" >>"$WORK/inn.log" 2>&1
-  INNCONF=$conf /usr/lib/news/bin/innd -f >>"$WORK/inn.log" 2>&1 &
+  su news -s /bin/sh -c "INNCONF='$d/etc/inn.conf' /usr/lib/news/bin/makedbz -i -o" \
+    >>"$WORK/inn.log" 2>&1
+  INNCONF=$d/etc/inn.conf /usr/lib/news/bin/innd -f >>"$WORK/inn.log" 2>&1 &
   INN_PID=$!
   wait_port "$INN_PORT"
 }
