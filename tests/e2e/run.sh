@@ -9,6 +9,7 @@
 #                     into build/e2e)
 #   E2E_TIME_LIMIT    seconds for the client run (default 180)
 #   E2E_KEEP=1        keep the work folder for inspection
+# With --install-only it installs the servers and clients it needs and stops.
 set -euo pipefail
 
 HERE=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
@@ -157,6 +158,7 @@ INI
 
 main() {
   ensure_packages
+  [ "${1:-}" = "--install-only" ] && return 0
   find_binaries
   WORK=$(mktemp -d "${TMPDIR:-/tmp}/brindle-e2e.XXXXXX")
   chmod 755 "$WORK"
