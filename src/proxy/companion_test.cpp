@@ -90,34 +90,27 @@ TEST(CompanionLinkTest, CompanionThatNeverClosesCostsAtMostTheCloseWait) {
   EXPECT_THAT(silent.exchanges, ElementsAre("d:1100\r\nEND", "QUIT\r\nEND"));
 }
 
-TEST(CompanionLinkTest, CompanionDownDropsCommandsSilently) {
-  asio::io_context io;
+TEST_F(CompanionTest, CompanionDownDropsCommandsSilently) {
   MessageBoxCapture boxes;
-  Settings settings;
-  SettingsStore store(settings);
-  ProxyOptions options;
-  options.companionControlPort = UnusedPort(io);
-  options.firstSslPort = UnusedPort(io);
-  Proxy proxy(io, store, options);
-
+  companionPort_ = UnusedPort(io_);
+  MakeProxy();
   bool probed = false, up = true;
-  proxy.ProbeCompanion([&](bool answer) { probed = true, up = answer; });
-  ASSERT_TRUE(RunUntil(io, [&] { return probed; }));
+  proxy_->ProbeCompanion([&](bool answer) { probed = true, up = answer; });
+  ASSERT_TRUE(RunUntil(io_, [&] { return probed; }));
   EXPECT_FALSE(up);
 
-  TunnelRecord record{"nntp.example.org", UnusedPort(io), 563, true, true, kTypeNntp};
   int result = -1;
-  CTunnel& tunnel = proxy.AddTunnel(record, [&](int error) { result = error; });
-  ASSERT_TRUE(RunUntil(io, [&] { return result != -1; }));
-  EXPECT_EQ(result, 0);
+  TunnelRecord record{"nntp.example.org", UnusedPort(io_), 563, true, true, kTypeNntp};
+  CTunnel& tunnel = proxy_->AddTunnel(record, [&](int error) { result = error; });
+  ASSERT_TRUE(RunUntil(io_, [&] { return result == 0; }));
   EXPECT_TRUE(tunnel.IsRunning());
   EXPECT_TRUE(boxes.Boxes().empty());
 
   // Nobody listens on the route's port: the channel fails on its server side.
-  auto client = Connect(io, static_cast<uint16_t>(record.SrcPort));
+  auto client = Connect(io_, static_cast<uint16_t>(record.SrcPort));
   ASSERT_TRUE(client);
-  EXPECT_TRUE(RunUntil(io, [&] { return client->closed; }));
-  EXPECT_EQ(proxy.ChannelCount(), 0u);
+  EXPECT_TRUE(RunUntil(io_, [&] { return client->closed; }));
+  EXPECT_EQ(proxy_->ChannelCount(), 0u);
 }
 
 }  // namespace

@@ -104,21 +104,5 @@ TEST_F(NntpTest, AuthinfoPasswordIsRelayedButNeverShownOrLogged) {
   EXPECT_FALSE(log.Contains("s3cret"));
 }
 
-TEST_F(NntpTest, AcceptedStartTlsRelaysBytesUnchanged) {
-  Feed(d_.client, "STARTTLS\r\n");
-  Feed(d_.server, "382 continue with TLS\r\n");
-  ASSERT_TRUE(Receives(d_.client, "382 continue with TLS\r\n"));
-  // A handshake has no line ends; it must not wait for one.
-  const std::string hello("\x16\x03\x01\x00\x05POST\r", 10);
-  d_.client->Send(hello);
-  EXPECT_TRUE(Receives(d_.server, "STARTTLS\r\n" + hello));
-  d_.server->Send(
-      "\x16\x03\x03"
-      "220 ");
-  EXPECT_TRUE(Receives(d_.client,
-                       "382 continue with TLS\r\n\x16\x03\x03"
-                       "220 "));
-}
-
 }  // namespace
 }  // namespace brindle::proxytest

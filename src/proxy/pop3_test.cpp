@@ -81,15 +81,5 @@ TEST_F(Pop3Test, FailingFilterPassesTheMessageUnchangedAndLogsIt) {
   EXPECT_TRUE(Receives(d_.server, "RETR 1\r\nNOOP\r\n"));
 }
 
-TEST_F(Pop3Test, AcceptedStlsRelaysBytesUnchanged) {
-  Feed(d_.client, "STLS\r\n");
-  Feed(d_.server, "+OK begin TLS\r\n");
-  ASSERT_TRUE(Receives(d_.client, "+OK begin TLS\r\n"));
-  d_.client->Send("RETR 1\r\n");  // would set collecting if still parsed
-  ASSERT_TRUE(Receives(d_.server, "STLS\r\nRETR 1\r\n"));
-  d_.server->Send("\x17\x03\x03");
-  EXPECT_TRUE(Receives(d_.client, "+OK begin TLS\r\n\x17\x03\x03"));
-}
-
 }  // namespace
 }  // namespace brindle::proxytest

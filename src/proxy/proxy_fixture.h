@@ -24,12 +24,13 @@ class ProxyFixture : public ::testing::Test {
     std::shared_ptr<Peer> server;
   };
 
-  void MakeProxy(Settings settings = {}) {
+  // `ownSteps`: the program's rewriting and filters instead of recording ones.
+  void MakeProxy(Settings settings = {}, bool ownSteps = false) {
     store_ = std::make_unique<SettingsStore>(std::move(settings));
     ProxyOptions options;
-    options.companionControlPort = companion_.Port();
+    options.companionControlPort = companionPort_;
     options.firstSslPort = firstSslPort_;
-    options.steps = &steps_;
+    options.steps = ownSteps ? nullptr : &steps_;
     proxy_ = std::make_unique<Proxy>(io_, *store_, options);
     proxy_->SetDisplayTransferredData(true);
   }
@@ -82,6 +83,7 @@ class ProxyFixture : public ::testing::Test {
   asio::io_context io_;
   RecordingSteps steps_;
   FakeCompanion companion_{io_, true};
+  uint16_t companionPort_ = companion_.Port();
   uint16_t firstSslPort_ = UnusedPort(io_);
   std::unique_ptr<SettingsStore> store_;
   std::unique_ptr<Proxy> proxy_;

@@ -64,12 +64,6 @@ TEST_F(SmtpTest, FirstCommandBecomesEhloWithTheFullHostName) {
   EXPECT_TRUE(Receives(d_.server, "EHLO " + HostFullName() + "\r\nHELO again\r\n"));
 }
 
-TEST_F(SmtpTest, GreetingStaysWhenTheFullNameIsNotWanted) {
-  Begin(0);
-  Feed(d_.client, "HELO pc\r\n");
-  EXPECT_TRUE(Receives(d_.server, "HELO pc\r\n"));
-}
-
 TEST_F(SmtpTest, AuthExchangeNeverShowsOrLogsCredentials) {
   Begin(0);
   log::Capture log;
@@ -89,33 +83,6 @@ TEST_F(SmtpTest, AuthExchangeNeverShowsOrLogsCredentials) {
   for (const char* secret : {"AGpvZQBzZWNyZXQ", "am9l", "c2VjcmV0"}) {
     EXPECT_FALSE(log.Contains(secret)) << secret;
   }
-}
-
-TEST_F(SmtpTest, FailingRewritePassesTheMailUnchanged) {
-  Begin(0);
-  log::Capture log;
-  steps_.failIn = "InsertMailCustomHeaders";
-  Feed(d_.client, "DATA\r\n");
-  Feed(d_.server, "354 go\r\n");
-  Feed(d_.client, kMail);
-  EXPECT_TRUE(Receives(d_.server, "DATA\r\n" + kMail));
-  EXPECT_TRUE(log.Contains("passed on unchanged"));
-}
-
-TEST_F(SmtpTest, AcceptedStartTlsRelaysBytesUnchanged) {
-  Begin(0);
-  Feed(d_.client, "EHLO pc\r\n");
-  Feed(d_.server, "250-smtp\r\n250 STARTTLS\r\n");
-  Feed(d_.client, "STARTTLS\r\n");
-  Feed(d_.server, "220 go ahead\r\n");
-  d_.client->Send(
-      "\x16\x03\x01"
-      "DATA\r\n");
-  EXPECT_TRUE(Receives(d_.server,
-                       "EHLO pc\r\nSTARTTLS\r\n\x16\x03\x01"
-                       "DATA\r\n"));
-  d_.client->Send("no line end");
-  EXPECT_TRUE(RunUntil(io_, [&] { return d_.server->received.ends_with("no line end"); }));
 }
 
 }  // namespace

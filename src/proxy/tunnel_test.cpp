@@ -78,16 +78,5 @@ TEST_F(TunnelTest, ConnectionBeyondTheHundredPairsWaitsAndIsThenServed) {
   EXPECT_EQ(proxy_->ChannelCount(), 100u);
 }
 
-TEST_F(TunnelTest, UnreachableServerEndsTheChannel) {
-  ScriptedServer gone{io_, kGreeting};
-  MakeProxy();
-  TunnelRecord record{"127.0.0.1", UnusedPort(io_), UnusedPort(io_), true, false, kTypeNntp};
-  proxy_->AddTunnel(record);
-  auto client = Connect(io_, static_cast<uint16_t>(record.SrcPort));
-  ASSERT_TRUE(client);
-  EXPECT_TRUE(RunUntil(io_, [&] { return client->closed; }));
-  EXPECT_EQ(proxy_->ChannelCount(), 0u);
-}
-
 }  // namespace
 }  // namespace brindle::proxytest
