@@ -41,10 +41,23 @@ void MoveBesideProgram(FoundSettings& found, const std::string& programDir,
 
 FoundSettings FindAndLoadSettings(const std::string& settingsDir, const std::string& programDir,
                                   int16_t defaultLanguage, const TunnelSink& sink) {
+  return FindAndLoadSettingsWithProgress(settingsDir, programDir, defaultLanguage,
+                                         [&sink](const Settings&, const TunnelRecord& record) {
+                                           if (sink) sink(record);
+                                         });
+}
+
+FoundSettings FindAndLoadSettingsWithProgress(const std::string& settingsDir,
+                                              const std::string& programDir,
+                                              int16_t defaultLanguage,
+                                              const SettingsProgressSink& progressSink) {
+  FoundSettings found;
+  const TunnelSink sink = [&found, &progressSink](const TunnelRecord& record) {
+    if (progressSink) progressSink(found.settings, record);
+  };
   if (!settingsDir.empty() && !FolderExists(settingsDir) && !MakeFolders(settingsDir)) {
     log::Warning("cannot create the settings folder \"" + settingsDir + "\"");
   }
-  FoundSettings found;
   found.settings = DefaultSettings(settingsDir, defaultLanguage);
   const std::string& iniPath = found.settings.strIniPath;
   if (!iniPath.empty() && FileExists(iniPath)) {

@@ -4,6 +4,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <string>
 
 #include "core/settings.h"
@@ -31,6 +32,16 @@ struct FoundSettings {
 // they are read.
 FoundSettings FindAndLoadSettings(const std::string& settingsDir, const std::string& programDir,
                                   int16_t defaultLanguage, const TunnelSink& sink);
+
+// The same, for a sink that needs the values read so far with each tunnel
+// (the program publishes them, so that a tunnel's error box is already in
+// the language the file names).
+using SettingsProgressSink =
+    std::function<void(const Settings& readSoFar, const TunnelRecord& record)>;
+FoundSettings FindAndLoadSettingsWithProgress(const std::string& settingsDir,
+                                              const std::string& programDir,
+                                              int16_t defaultLanguage,
+                                              const SettingsProgressSink& sink);
 
 // "defaults", "settings folder", ... for the start-up summary.
 const char* SettingsSourceName(SettingsSource source);
