@@ -52,7 +52,7 @@ class HeadlessProgram {
     hooks.companionFileName = kCompanionFile;
     hooks.launchCompanion = [this] { return LaunchCompanion(); };
     hooks.defaultLanguage = [] { return UserLanguage(); };
-    hooks.loadSettings = [this](int16_t language, const TunnelSink& sink) {
+    hooks.loadSettings = [this](int16_t language, const ProgramHooks::ProgressSink& sink) {
       return FindSettings(config_.programDir, config_.settingsDir, language, sink);
     };
     return hooks;

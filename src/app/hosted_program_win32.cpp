@@ -34,7 +34,7 @@ bool HostedProgram::Load() {
     return system_.ShellOpenHidden(programDir_ + "\\" + kCompanionFile);
   };
   hooks.defaultLanguage = [] { return UserLanguage(); };
-  hooks.loadSettings = [this](int16_t language, const TunnelSink& sink) {
+  hooks.loadSettings = [this](int16_t language, const ProgramHooks::ProgressSink& sink) {
     return FindSettings(programDir_, settingsDir_, language, sink);
   };
 

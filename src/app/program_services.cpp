@@ -32,11 +32,12 @@ void ProgramServices::ProbeUntil(std::chrono::steady_clock::time_point deadline,
 
 LoadedSettings ProgramServices::LoadSettings(int16_t defaultLanguage, const TunnelSink& sink) {
   // A tunnel started while the file is read shows its error box in the
-  // language in force; until the file is read that is the user's own.
-  Settings initial = *store_.Current();
-  initial.intLanguage = defaultLanguage;
-  store_.Replace(std::move(initial));
-  LoadedSettings loaded = hooks_.loadSettings(defaultLanguage, sink);
+  // language in force: the settings read so far are published first.
+  LoadedSettings loaded = hooks_.loadSettings(
+      defaultLanguage, [this, &sink](const Settings& readSoFar, const TunnelRecord& record) {
+        store_.Replace(readSoFar);
+        sink(record);
+      });
   store_.Replace(loaded.settings);
   return loaded;
 }

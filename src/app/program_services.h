@@ -19,7 +19,9 @@ struct ProgramHooks {
   std::string companionFileName;
   std::function<bool()> launchCompanion;
   std::function<int16_t()> defaultLanguage;
-  std::function<LoadedSettings(int16_t defaultLanguage, const TunnelSink& sink)> loadSettings;
+  // Tunnels reach the sink with the settings read so far.
+  using ProgressSink = std::function<void(const Settings& readSoFar, const TunnelRecord&)>;
+  std::function<LoadedSettings(int16_t defaultLanguage, const ProgressSink& sink)> loadSettings;
 };
 
 class ProgramServices : public StartupServices {

@@ -21,6 +21,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "core/language.h"
+
 extern char** environ;
 
 namespace {
@@ -151,6 +153,10 @@ class ProgramTest : public ::testing::Test {
     setenv("BRINDLE_COMPANION_PORT", std::to_string(controlPort_).c_str(), 1);
     setenv("FAKE_COMPANION_LOG", (root_ / "companion.log").c_str(), 1);
     unsetenv("FAKE_COMPANION_DEAF");
+    // The user's own language is English, so that a file's language shows.
+    setenv("LANG", "C", 1);
+    unsetenv("LC_ALL");
+    unsetenv("LC_MESSAGES");
   }
   void TearDown() override { fs::remove_all(root_); }
 
@@ -212,6 +218,33 @@ TEST_F(ProgramTest, ListensAfterStartUpAndLeavesNothingBehindAfterSigterm) {
   EXPECT_FALSE(Listening(news));
   EXPECT_FALSE(Listening(pop));
   EXPECT_FALSE(Listening(controlPort_));
+}
+
+TEST_F(ProgramTest, APortInUseIsReportedInTheLanguageTheFileNames) {
+  const int busy = socket(AF_INET, SOCK_STREAM, 0);
+  sockaddr_in a{};
+  a.sin_family = AF_INET;
+  a.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+  ASSERT_EQ(bind(busy, reinterpret_cast<sockaddr*>(&a), sizeof a), 0);
+  listen(busy, 1);
+  socklen_t size = sizeof a;
+  getsockname(busy, reinterpret_cast<sockaddr*>(&a), &size);
+  const std::string port = std::to_string(ntohs(a.sin_port));
+  fs::create_directories(settingsDir_);
+  WriteFile(settingsDir_ / "OE_Brindle.ini",
+            "[Miscellaneous]\r\nLanguage=DE\r\n[NNTPServer]\r\nServerName=news.example.invalid\r\n"
+            "SrcPort=" +
+                port + "\r\nDestPort=119\r\nAutoStart=1\r\n");
+
+  ProgramRun run(Exe(), Args({"--client", "true"}));
+  EXPECT_EQ(run.Wait(), 0);
+  close(busy);
+  const std::string box = "[" + brindle::MessageBoxTitle(brindle::kLangGerman, 132) + "] " +
+                          std::string(brindle::LanguageString(brindle::kLangGerman, 130)) + " " +
+                          port + " " +
+                          std::string(brindle::LanguageString(brindle::kLangGerman, 131));
+  EXPECT_THAT(run.Stderr(), HasSubstr(box));
+  EXPECT_THAT(run.Stderr(), HasSubstr(":119 plain: failed (error 10048)"));
 }
 
 TEST_F(ProgramTest, ClientArgumentsPassUnchangedAndItsStatusIsOurs) {

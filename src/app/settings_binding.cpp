@@ -19,8 +19,9 @@ std::string ProgramFolder() {
 }
 
 LoadedSettings FindSettings(const std::string& programDir, const std::string& settingsDir,
-                            int16_t defaultLanguage, const TunnelSink& sink) {
-  FoundSettings found = FindAndLoadSettings(settingsDir, programDir, defaultLanguage, sink);
+                            int16_t defaultLanguage, const SettingsProgress& progress) {
+  FoundSettings found =
+      FindAndLoadSettingsWithProgress(settingsDir, programDir, defaultLanguage, progress);
   LoadedSettings loaded;
   loaded.settings = std::move(found.settings);
   loaded.sourceFile = std::move(found.readPath);
