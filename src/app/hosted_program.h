@@ -14,6 +14,7 @@
 #include "app/main_form.h"
 #include "app/main_window_win32.h"
 #include "app/program_services.h"
+#include "core/message_box.h"
 #include "core/settings_store.h"
 #include "proxy/proxy.h"
 
@@ -31,6 +32,7 @@ class HostedProgram : public MainForm {
 
  private:
   void Stop();
+  void RedirectBoxes();
 
   ClientHostSystem& system_;
   std::string programDir_, settingsDir_;
@@ -42,6 +44,8 @@ class HostedProgram : public MainForm {
   std::thread ioThread_;
   std::unique_ptr<Proxy> proxy_;  // lives on the io thread
   std::unique_ptr<ProgramServices> services_;
+  MessageBoxSink previousBoxes_;
+  bool boxesRedirected_ = false;
 };
 
 }  // namespace brindle::app

@@ -4,6 +4,7 @@
 
 #include "app/settings_binding.h"
 #include "core/log.h"
+#include "core/message_box.h"
 
 namespace brindle::app {
 
@@ -19,6 +20,22 @@ HostedProgram::HostedProgram(ClientHostSystem& system, std::string programDir,
 
 HostedProgram::~HostedProgram() {
   Stop();
+  if (boxesRedirected_) SetMessageBoxSink(std::move(previousBoxes_));
+}
+
+// A box raised on the proxy's thread (a tunnel that cannot start) is shown
+// on the client's thread, so that its modal loop never holds up the relaying.
+void HostedProgram::RedirectBoxes() {
+  const DWORD uiThread = GetCurrentThreadId();
+  MessageBoxSink show = PlatformMessageBoxPresenter();
+  previousBoxes_ = SetMessageBoxSink(
+      [this, show, uiThread](std::string_view text, std::string_view title, BoxIcon icon) {
+        if (GetCurrentThreadId() == uiThread) return show(text, title, icon);
+        if (!window_.Post(
+                [show, t = std::string(text), c = std::string(title), icon] { show(t, c, icon); }))
+          show(text, title, icon);
+      });
+  boxesRedirected_ = true;
 }
 
 bool HostedProgram::Load() {
@@ -26,6 +43,7 @@ bool HostedProgram::Load() {
     log::Error("the main window could not be created");
     return false;
   }
+  RedirectBoxes();
   ioThread_ = std::thread([this] { io_.run(); });
 
   ProgramHooks hooks;
