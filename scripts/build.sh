@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # Configures and builds one flavour of the project into build/<flavour>.
 #   scripts/build.sh [debug|release|asan|win-i686|win-x86_64|fuzz|bench] [extra cmake args...]
+# BRINDLE_TARGETS="a b" builds only those targets.
 set -euo pipefail
 root=$(cd "$(dirname "$0")/.." && pwd)
 flavour=${1:-debug}
@@ -22,4 +23,6 @@ case "$flavour" in
   *) echo "build.sh: unknown flavour '$flavour'" >&2; exit 2 ;;
 esac
 cmake -S "$root" -B "$root/build/$flavour" "${args[@]}" "$@" >/dev/null
-cmake --build "$root/build/$flavour" -j"$jobs"
+targets=()
+for t in ${BRINDLE_TARGETS:-}; do targets+=(--target "$t"); done
+cmake --build "$root/build/$flavour" -j"$jobs" "${targets[@]}"

@@ -8,4 +8,4 @@ set -euo pipefail
 root=$(cd "$(dirname "$0")/.." && pwd)
 "$root/scripts/install-deps.sh"
 "$root/scripts/build.sh" release >&2
-exec "$root/build/release/src/app/brindle" "$@"
+exec "$root/build/release/bin/brindle" "$@"
