@@ -37,7 +37,12 @@ INSTANTIATE_TEST_SUITE_P(
     Protocols, StartTlsTest,
     ::testing::Values(Switch{kTypeNntp, "200 ready\r\n", "STARTTLS\r\n", "382 go\r\n"},
                       Switch{kTypePop3, "+OK ready\r\n", "STLS\r\n", "+OK go\r\n"},
-                      Switch{kTypeSmtp, "220 ready\r\n", "STARTTLS\r\n", "220 go\r\n"}));
+                      Switch{kTypeSmtp, "220 ready\r\n", "STARTTLS\r\n", "220 go\r\n"}),
+    [](const auto& info) {
+      return std::string(info.param.type == kTypeNntp   ? "Nntp"
+                         : info.param.type == kTypePop3 ? "Pop3"
+                                                        : "Smtp");
+    });
 
 }  // namespace
 }  // namespace brindle::proxytest
