@@ -15,16 +15,29 @@ void CChannel::cType(int32_t value) {
   if (cType_ == kTypeSmtp) owed_.push_back(Expect::kPlain);
 }
 
-std::string CChannel::TakeClientBuffer() {
-  std::string text = clientBuffer_.Text();
-  clientBuffer_.Text("");
+namespace {
+
+// Empties a buffer; one that held a whole message gives its storage back, so
+// that a channel does not keep the size of the largest message it has seen.
+std::string Take(CSuperString& buffer) {
+  constexpr int64_t kKeptStorage = 64 * 1024;
+  std::string text = buffer.Text();
+  if (buffer.Length() > kKeptStorage) {
+    buffer = CSuperString();
+  } else {
+    buffer.Text("");
+  }
   return text;
 }
 
+}  // namespace
+
+std::string CChannel::TakeClientBuffer() {
+  return Take(clientBuffer_);
+}
+
 std::string CChannel::TakeServerBuffer() {
-  std::string text = serverBuffer_.Text();
-  serverBuffer_.Text("");
-  return text;
+  return Take(serverBuffer_);
 }
 
 void CChannel::Expecting(Expect what) {
