@@ -9,18 +9,19 @@ namespace {
 
 using Bytes16 = unsigned char __attribute__((vector_size(16)));
 
-Bytes16 Load(const char* at) {
-  Bytes16 v;
+// Vectors go by reference only: a 32-bit target without SSE passes them by
+// value differently, and these helpers need no ABI of their own.
+void Load(Bytes16& v, const char* at) {
   std::memcpy(&v, at, sizeof v);
-  return v;
 }
 
-Bytes16 Splat(char c) {
-  return Bytes16{} + static_cast<unsigned char>(c);
+void Splat(Bytes16& v, char c) {
+  v = Bytes16{};
+  v += static_cast<unsigned char>(c);
 }
 
 template <class Vector>
-bool Any(Vector v) {
+bool Any(const Vector& v) {
   static_assert(sizeof v == 16);
   uint64_t low;
   uint64_t high;
@@ -41,14 +42,24 @@ size_t FastFind(std::string_view text, std::string_view needle, size_t from) {
   if (m < 2) return text.find(needle, from);
   const char* data = text.data();
   const size_t candidates = text.size() - m + 1;  // starting positions [0, candidates)
-  const Bytes16 first = Splat(needle.front());
-  const Bytes16 last = Splat(needle.back());
+  Bytes16 first;
+  Bytes16 last;
+  Splat(first, needle.front());
+  Splat(last, needle.back());
+  Bytes16 a;
+  Bytes16 b;
+  Bytes16 c;
+  Bytes16 d;
   size_t at = from;
   // Thirty-two positions per step: one test for both halves keeps the loop
   // short where hits are rare, which is the common case for every caller.
   for (; at + 32 <= candidates; at += 32) {
-    const auto low = (Load(data + at) == first) & (Load(data + at + m - 1) == last);
-    const auto high = (Load(data + at + 16) == first) & (Load(data + at + 15 + m) == last);
+    Load(a, data + at);
+    Load(b, data + at + m - 1);
+    Load(c, data + at + 16);
+    Load(d, data + at + 15 + m);
+    const auto low = (a == first) & (b == last);
+    const auto high = (c == first) & (d == last);
     if (!Any(low | high)) continue;
     for (size_t k = 0; k < 32; ++k) {
       if ((k < 16 ? low[k] : high[k - 16]) && MatchesAt(data + at + k, needle)) return at + k;

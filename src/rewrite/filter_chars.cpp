@@ -19,12 +19,14 @@ constexpr bool IsFilteredControl(unsigned char c) {
 using Bytes16 = unsigned char __attribute__((vector_size(16)));
 
 // All-ones in the lanes holding a filtered code: below 9, or 14 to 31
-// (unsigned wrap-around makes the second a single comparison).
-Bytes16 ControlLanes(Bytes16 v) {
-  return reinterpret_cast<Bytes16>((v < 9) | (v - 14 < 18));
+// (unsigned wrap-around makes the second a single comparison). Vectors go by
+// reference only: a 32-bit target without SSE passes them by value
+// differently, and these helpers need no ABI of their own.
+void ControlLanes(const Bytes16& v, Bytes16& lanes) {
+  lanes = reinterpret_cast<Bytes16>((v < 9) | (v - 14 < 18));
 }
 
-bool Any(Bytes16 v) {
+bool Any(const Bytes16& v) {
   uint64_t half[2];
   std::memcpy(half, &v, sizeof half);
   return (half[0] | half[1]) != 0;
@@ -41,10 +43,13 @@ void BlankControls(std::string& text) {
     Bytes16 high;
     std::memcpy(&low, data + at, 16);
     std::memcpy(&high, data + at + 16, 16);
-    const Bytes16 lowHits = ControlLanes(low);
-    const Bytes16 highHits = ControlLanes(high);
+    Bytes16 lowHits;
+    Bytes16 highHits;
+    ControlLanes(low, lowHits);
+    ControlLanes(high, highHits);
     if (!Any(lowHits | highHits)) continue;
-    const Bytes16 blank = Bytes16{} + ' ';
+    Bytes16 blank = Bytes16{};
+    blank += ' ';
     low = (low & ~lowHits) | (blank & lowHits);
     high = (high & ~highHits) | (blank & highHits);
     std::memcpy(data + at, &low, 16);
