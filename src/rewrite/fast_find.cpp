@@ -2,10 +2,14 @@
 
 #include <cstdint>
 #include <cstring>
+#include <vector>
 
 namespace brindle {
 
 namespace {
+
+// Up to this length a candidate costs at most one short comparison.
+constexpr size_t kLongNeedle = 64;
 
 using Bytes16 = unsigned char __attribute__((vector_size(16)));
 
@@ -34,12 +38,32 @@ bool MatchesAt(const char* at, std::string_view needle) {
   return std::memcmp(at, needle.data(), needle.size()) == 0;
 }
 
+// Knuth-Morris-Pratt: never looks at a text byte twice, whatever the needle.
+// A boundary value comes from the message itself and can be as long and as
+// repetitive as a sender likes; comparing it at every candidate position
+// would then take time proportional to text length times value length.
+size_t FindLong(std::string_view text, std::string_view needle, size_t from) {
+  std::vector<size_t> border(needle.size() + 1, 0);  // border[i]: of needle[0, i)
+  for (size_t i = 1, k = 0; i < needle.size(); ++i) {
+    while (k > 0 && needle[i] != needle[k]) k = border[k];
+    if (needle[i] == needle[k]) ++k;
+    border[i + 1] = k;
+  }
+  for (size_t at = from, k = 0; at < text.size(); ++at) {
+    while (k > 0 && text[at] != needle[k]) k = border[k];
+    if (text[at] == needle[k]) ++k;
+    if (k == needle.size()) return at + 1 - k;
+  }
+  return std::string_view::npos;
+}
+
 }  // namespace
 
 size_t FastFind(std::string_view text, std::string_view needle, size_t from) {
   const size_t m = needle.size();
   if (from > text.size() || text.size() - from < m) return std::string_view::npos;
   if (m < 2) return text.find(needle, from);
+  if (m > kLongNeedle) return FindLong(text, needle, from);
   const char* data = text.data();
   const size_t candidates = text.size() - m + 1;  // starting positions [0, candidates)
   Bytes16 first;
