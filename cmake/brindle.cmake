@@ -12,6 +12,10 @@ if(BRINDLE_SANITIZE)
   add_compile_options(-fsanitize=${BRINDLE_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)
   add_link_options(-fsanitize=${BRINDLE_SANITIZE})
 endif()
+if(BRINDLE_FUZZ)
+  # Coverage feedback for the fuzzers reaches into every library they call.
+  add_compile_options(-fsanitize=fuzzer-no-link)
+endif()
 if(MINGW)
   # One self-contained .exe/.dll: no libstdc++/libgcc/winpthread DLLs to ship beside it.
   add_link_options(-static -static-libgcc -static-libstdc++)
