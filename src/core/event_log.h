@@ -12,6 +12,13 @@ namespace brindle::event_log {
 
 inline constexpr const char* kSourceName = "OE Brindle";
 
+// The name entries are filed under (and that prefixes them on standard
+// error); kSourceName unless a program of the family, such as the TLS
+// companion, names itself before its first entry. `ident` must live for the
+// whole run (a literal).
+void SetSourceName(const char* ident);
+const char* SourceName();
+
 // Each entry goes to the system log and, when `alsoStandardError`, to
 // standard error as one line.
 log::Sink SystemLogSink(bool alsoStandardError);

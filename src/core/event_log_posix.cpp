@@ -9,9 +9,11 @@
 namespace brindle::event_log {
 namespace {
 
+const char* g_sourceName = kSourceName;
+
 void OpenOnce() {
   static std::once_flag once;
-  std::call_once(once, [] { openlog(kSourceName, LOG_PID, LOG_USER); });
+  std::call_once(once, [] { openlog(g_sourceName, LOG_PID, LOG_USER); });
 }
 
 int Priority(log::Level level) {
@@ -38,6 +40,13 @@ std::string OneLine(std::string_view text) {
 
 }  // namespace
 
+void SetSourceName(const char* ident) {
+  g_sourceName = ident;
+}
+const char* SourceName() {
+  return g_sourceName;
+}
+
 void WriteSystemLog(log::Level level, std::string_view text) {
   OpenOnce();
   syslog(Priority(level), "%s", OneLine(text).c_str());
@@ -48,10 +57,10 @@ log::Sink SystemLogSink(bool alsoStandardError) {
     WriteSystemLog(level, message);
     if (!alsoStandardError) return;
     if (level == log::Level::kInfo)
-      std::fprintf(stderr, "%s: %.*s\n", kSourceName, static_cast<int>(message.size()),
+      std::fprintf(stderr, "%s: %.*s\n", g_sourceName, static_cast<int>(message.size()),
                    message.data());
     else
-      std::fprintf(stderr, "%s: %s: %.*s\n", kSourceName, log::LevelName(level),
+      std::fprintf(stderr, "%s: %s: %.*s\n", g_sourceName, log::LevelName(level),
                    static_cast<int>(message.size()), message.data());
   };
 }

@@ -9,8 +9,10 @@
 namespace brindle::event_log {
 namespace {
 
+const char* g_sourceName = kSourceName;
+
 HANDLE Source() {
-  static HANDLE source = RegisterEventSourceA(nullptr, kSourceName);
+  static HANDLE source = RegisterEventSourceA(nullptr, g_sourceName);
   return source;
 }
 
@@ -27,6 +29,13 @@ WORD EventType(log::Level level) {
 
 }  // namespace
 
+void SetSourceName(const char* ident) {
+  g_sourceName = ident;
+}
+const char* SourceName() {
+  return g_sourceName;
+}
+
 void WriteSystemLog(log::Level level, std::string_view text) {
   HANDLE source = Source();
   if (source == nullptr) return;
@@ -39,7 +48,7 @@ log::Sink SystemLogSink(bool alsoStandardError) {
   return [alsoStandardError](log::Level level, std::string_view message) {
     WriteSystemLog(level, message);
     if (alsoStandardError)
-      std::fprintf(stderr, "%s: %s: %.*s\n", kSourceName, log::LevelName(level),
+      std::fprintf(stderr, "%s: %s: %.*s\n", g_sourceName, log::LevelName(level),
                    static_cast<int>(message.size()), message.data());
   };
 }

@@ -12,9 +12,9 @@
 #include <asio/io_context.hpp>
 #include <asio/signal_set.hpp>
 
+#include "core/event_log.h"
 #include "core/log.h"
 #include "sslbridge/bridge.h"
-#include "sslbridge/system_log.h"
 
 using namespace brindle;
 using namespace brindle::sslbridge;
@@ -52,7 +52,8 @@ bool ReadConfig(const std::string& file, bool required, BridgeOptions& options) 
 }  // namespace
 
 int main(int argc, char** argv) {
-  InstallSystemLog();
+  event_log::SetSourceName("SslBridge");
+  log::SetSink(event_log::SystemLogSink(true));
   CommandLine cl = ParseCommandLine(argc, argv);
   if (cl.help || !cl.error.empty()) {
     if (!cl.error.empty()) std::fprintf(stderr, "SslBridge: %s\n", cl.error.c_str());
