@@ -12,7 +12,7 @@ namespace brindle {
 // because the lookup may block on the resolver.
 std::string HostFullName();
 
-// The lookup itself, without remembering (one half per platform).
+// The lookup itself, without remembering.
 std::string LookUpHostFullName();
 
 }  // namespace brindle
