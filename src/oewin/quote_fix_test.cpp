@@ -109,39 +109,30 @@ TEST(QuoteFixTest, SeparatorWithoutBlankLineLeavesTheBodyEmpty) {
   EXPECT_EQ(m.QuotedText, "");
 }
 
+// What a mail reply whose original text is `body` gets as its quoted part.
+std::string QuotedPart(const std::string& body, const Settings& s) {
+  PlainQuoteMessage m{"Re: x", MessageKind::kMail};
+  QuoteFix(m, "S\r\n----- Original Message -----\r\nFrom: a@b\r\n\r\n" + body, QuoteFixOptions{s});
+  return m.QuotedText;
+}
+
 TEST(QuoteFixTest, UnquotedBodyIsQuotedAndAQuotedOneIsNotQuotedAgain) {
   Settings s;
   s.intVerticalQCompression = 0;
-  const std::string head = "S\r\n----- Original Message -----\r\nFrom: a@b\r\n\r\n";
-  PlainQuoteMessage plain{"Re: x", MessageKind::kMail};
-  QuoteFix(plain, head + "one\r\n> two\r\n\r\nthree", QuoteFixOptions{s});
-  EXPECT_EQ(plain.QuotedText, "> one\r\n>> two\r\n> \r\n> three");
-
-  PlainQuoteMessage quoted{"Re: x", MessageKind::kMail};
-  QuoteFix(quoted, head + "> one\r\n>> two\r\n> three", QuoteFixOptions{s});
-  EXPECT_EQ(quoted.QuotedText, "> one\r\n>> two\r\n> three");
-
+  EXPECT_EQ(QuotedPart("one\r\n> two\r\n\r\nthree", s), "> one\r\n>> two\r\n> \r\n> three");
+  EXPECT_EQ(QuotedPart("> one\r\n>> two\r\n> three", s), "> one\r\n>> two\r\n> three");
   s.intHorizontalQCompression = 0;
-  PlainQuoteMessage wide{"Re: x", MessageKind::kMail};
-  QuoteFix(wide, head + "> one\r\n>> two", QuoteFixOptions{s});
-  EXPECT_EQ(wide.QuotedText, "> one\r\n> > two");
+  EXPECT_EQ(QuotedPart("> one\r\n>> two", s), "> one\r\n> > two");
 }
 
 TEST(QuoteFixTest, BlankRunsShrinkInTwoPassesOnly) {
   Settings s;
   s.intVerticalQCompression = 0;
-  const std::string head = "S\r\n----- Original Message -----\r\nFrom: a@b\r\n\r\n";
-  PlainQuoteMessage four{"Re: x", MessageKind::kMail};
-  QuoteFix(four, head + "a\r\n\r\n\r\n\r\nb", QuoteFixOptions{s});
-  EXPECT_EQ(four.QuotedText, "> a\r\n> \r\n> b");
+  EXPECT_EQ(QuotedPart("a\r\n\r\n\r\n\r\nb", s), "> a\r\n> \r\n> b");
   // Six line ends become three, not two: the replace runs twice, not until done.
-  PlainQuoteMessage six{"Re: x", MessageKind::kMail};
-  QuoteFix(six, head + "a\r\n\r\n\r\n\r\n\r\n\r\nb", QuoteFixOptions{s});
-  EXPECT_EQ(six.QuotedText, "> a\r\n> \r\n> \r\n> b");
+  EXPECT_EQ(QuotedPart("a\r\n\r\n\r\n\r\n\r\n\r\nb", s), "> a\r\n> \r\n> \r\n> b");
   // An empty quoted block between blank lines goes altogether.
-  PlainQuoteMessage block{"Re: x", MessageKind::kMail};
-  QuoteFix(block, head + "> a\r\n> \r\n\r\n\r\n\r\n> \r\n> b", QuoteFixOptions{s});
-  EXPECT_EQ(block.QuotedText, "> a> b");
+  EXPECT_EQ(QuotedPart("> a\r\n> \r\n\r\n\r\n\r\n> \r\n> b", s), "> a> b");
 }
 
 TEST(QuoteFixTest, CursorMarkerAppearsExactlyOnce) {

@@ -5,15 +5,13 @@
 namespace brindle {
 namespace {
 
-struct PrefixCase {
-  const char* line;
-  int level;
-  const char* compressed;  // normalised with horizontal compression on
-  const char* spaced;      // and off
-};
-
 TEST(QuotePrefixTest, LevelsAndBothCompressionModes) {
-  const PrefixCase cases[] = {
+  const struct {
+    const char* line;
+    int level;
+    const char* compressed;  // normalised with horizontal compression on
+    const char* spaced;      // and off
+  } cases[] = {
       {"> text", 1, "> text", "> text"},
       {">text", 1, "> text", "> text"},
       {">> text", 2, ">> text", "> > text"},
@@ -26,16 +24,7 @@ TEST(QuotePrefixTest, LevelsAndBothCompressionModes) {
       {"> :", 2, ">> ", "> > "},  // nothing follows the ":", so it is a mark
       {"plain text", 0, "plain text", "plain text"},
       {"", 0, "", ""},
-  };
-  for (const PrefixCase& c : cases) {
-    EXPECT_EQ(FindQuotePrefix(c.line).level, c.level) << c.line;
-    EXPECT_EQ(NormaliseQuotePrefixes(c.line, true), c.compressed) << c.line;
-    EXPECT_EQ(NormaliseQuotePrefixes(c.line, false), c.spaced) << c.line;
-  }
-}
-
-TEST(QuotePrefixTest, ColonOrBarTouchingTextIsNotAQuoteMark) {
-  const PrefixCase cases[] = {
+      // A colon or bar touching text is not a quote mark.
       {"Re: foo", 0, "Re: foo", "Re: foo"},
       {":-) nice", 0, ":-) nice", ":-) nice"},
       {"|foo|bar|", 0, "|foo|bar|", "|foo|bar|"},
@@ -44,7 +33,7 @@ TEST(QuotePrefixTest, ColonOrBarTouchingTextIsNotAQuoteMark) {
       {">> |table|", 2, ">> |table|", "> > |table|"},
       {": quoted with a colon", 1, "> quoted with a colon", "> quoted with a colon"},
   };
-  for (const PrefixCase& c : cases) {
+  for (const auto& c : cases) {
     EXPECT_EQ(FindQuotePrefix(c.line).level, c.level) << c.line;
     EXPECT_EQ(NormaliseQuotePrefixes(c.line, true), c.compressed) << c.line;
     EXPECT_EQ(NormaliseQuotePrefixes(c.line, false), c.spaced) << c.line;

@@ -5,15 +5,6 @@
 namespace brindle {
 namespace {
 
-TEST(CSuperStringTest, NewBufferIsEmptyWithAFullUnitOfReserve) {
-  CSuperString s;
-  EXPECT_EQ(s.Text(), "");
-  EXPECT_EQ(s.Length(), 0);
-  EXPECT_EQ(s.TextLeft(3), "   ");
-  EXPECT_EQ(s.TextLeft(CSuperString::kGrowthUnit + 10).size(),
-            static_cast<size_t>(CSuperString::kGrowthUnit));
-}
-
 TEST(CSuperStringTest, ReadBackRulesAroundLength) {
   CSuperString s;
   s.Text("head");
