@@ -25,6 +25,19 @@ std::string AddRoute(uint16_t port, const std::string& host, uint16_t dest) {
   return "a:" + std::to_string(port) + ":" + host + ":" + std::to_string(dest) + "\r\nEND";
 }
 
+// Sends one line through the relay and expects the echo server's copy back.
+void ExpectEcho(LoopbackClient& client, const std::string& line) {
+  ASSERT_TRUE(client.Send(line));
+  EXPECT_EQ(client.ReadUntil("\r\n"), line);
+}
+
+// Expects the client to be closed without a single byte reaching it.
+void ExpectClosedUnanswered(LoopbackClient& client, const std::string& why = "") {
+  bool closed = false;
+  EXPECT_EQ(client.ReadToEnd(&closed), "") << why;
+  EXPECT_TRUE(closed) << why;
+}
+
 class BridgeTest : public ::testing::Test {
  protected:
   static void SetUpTestSuite() {
@@ -84,8 +97,7 @@ TEST_F(BridgeTest, RelaysBothWaysWithSniAndCloseNotify) {
   {
     LoopbackClient client(port);
     ASSERT_TRUE(client.Connected());
-    ASSERT_TRUE(client.Send("200 hello\r\n"));
-    EXPECT_EQ(client.ReadUntil("\r\n"), "200 hello\r\n");
+    ExpectEcho(client, "200 hello\r\n");
 
     // A bulk transfer larger than every buffer on the way, every byte value.
     std::string bulk;
@@ -98,9 +110,7 @@ TEST_F(BridgeTest, RelaysBothWaysWithSniAndCloseNotify) {
 
     // The client ends: the server must get close_notify and may then close.
     client.ShutdownWrite();
-    bool closed = false;
-    EXPECT_EQ(client.ReadToEnd(&closed), "");
-    EXPECT_TRUE(closed);
+    ExpectClosedUnanswered(client);
   }
   EXPECT_EQ(server.ServerNamesSeen(), std::vector<std::string>{"localhost"});
   EXPECT_EQ(server.CloseNotifiesReceived(), 1);
@@ -140,9 +150,7 @@ TEST_F(BridgeTest, RejectedCertificatesCloseTheClientWithTheReason) {
     LoopbackClient client(Route(c.host, c.server));
     ASSERT_TRUE(client.Connected());
     client.Send("LIST\r\n");
-    bool closed = false;
-    EXPECT_EQ(client.ReadToEnd(&closed), "") << c.reason;
-    EXPECT_TRUE(closed) << c.reason;
+    ExpectClosedUnanswered(client, c.reason);
     EXPECT_TRUE(log_.Contains("certificate rejected: " + std::string(c.reason))) << log_.Text();
   }
 }
@@ -153,15 +161,12 @@ TEST_F(BridgeTest, InsecureHostSkipsTheChecksForThatHostOnly) {
   StartBridge([](BridgeOptions& o) { o.insecureHosts.push_back("localhost"); });
 
   LoopbackClient insecure(Route("localhost", untrusted));
-  ASSERT_TRUE(insecure.Send("+OK\r\n"));
-  EXPECT_EQ(insecure.ReadUntil("\r\n"), "+OK\r\n");
+  ExpectEcho(insecure, "+OK\r\n");
   EXPECT_TRUE(log_.Contains("certificate checks are off for localhost"));
 
   LoopbackClient checked(Route("127.0.0.1", untrusted));
   checked.Send("+OK\r\n");
-  bool closed = false;
-  EXPECT_EQ(checked.ReadToEnd(&closed), "");
-  EXPECT_TRUE(closed);
+  ExpectClosedUnanswered(checked);
 }
 
 TEST_F(BridgeTest, DeleteStopsTheListenerButLetsRelaysFinish) {
@@ -169,19 +174,16 @@ TEST_F(BridgeTest, DeleteStopsTheListenerButLetsRelaysFinish) {
   StartBridge();
   uint16_t port = Route("localhost", server);
   LoopbackClient before(port);
-  ASSERT_TRUE(before.Send("one\r\n"));
-  EXPECT_EQ(before.ReadUntil("\r\n"), "one\r\n");
+  ExpectEcho(before, "one\r\n");
 
   ASSERT_TRUE(SendControl(control_, "d:" + std::to_string(port) + "\r\nEND"));
   EXPECT_FALSE(LoopbackClient(port).Connected());
-  ASSERT_TRUE(before.Send("two\r\n"));
-  EXPECT_EQ(before.ReadUntil("\r\n"), "two\r\n");
+  ExpectEcho(before, "two\r\n");
 
   // The port can be given out again.
   ASSERT_TRUE(SendControl(control_, AddRoute(port, "localhost", server.Port())));
   LoopbackClient after(port);
-  ASSERT_TRUE(after.Send("three\r\n"));
-  EXPECT_EQ(after.ReadUntil("\r\n"), "three\r\n");
+  ExpectEcho(after, "three\r\n");
 }
 
 TEST_F(BridgeTest, AddingAKnownPortAgainRepointsItForNewConnections) {
@@ -193,8 +195,7 @@ TEST_F(BridgeTest, AddingAKnownPortAgainRepointsItForNewConnections) {
   EXPECT_TRUE(log_.Contains("led to localhost:" + std::to_string(first.Port())));
 
   LoopbackClient client(port);
-  ASSERT_TRUE(client.Send("where\r\n"));
-  EXPECT_EQ(client.ReadUntil("\r\n"), "where\r\n");
+  ExpectEcho(client, "where\r\n");
   EXPECT_TRUE(first.ServerNamesSeen().empty());
   EXPECT_EQ(second.ServerNamesSeen().size(), 1u);
 }
@@ -209,9 +210,7 @@ TEST_F(BridgeTest, SilentServerTimesOutTheHandshake) {
   ASSERT_TRUE(SendControl(control_, AddRoute(port, "localhost", silent.local_endpoint().port())));
   LoopbackClient client(port);
   client.Send("STAT\r\n");
-  bool closed = false;
-  EXPECT_EQ(client.ReadToEnd(&closed), "");
-  EXPECT_TRUE(closed);
+  ExpectClosedUnanswered(client);
   EXPECT_TRUE(log_.Contains("connect and TLS handshake took too long")) << log_.Text();
 }
 
@@ -232,8 +231,7 @@ TEST_F(BridgeTest, BadControlInputIsLoggedAndNeverHangs) {
   EXPECT_TRUE(SendControl(control_, AddRoute(control_, "localhost", server.Port())));
   EXPECT_TRUE(log_.Contains("cannot listen on 127.0.0.1:" + std::to_string(control_)));
   LoopbackClient client(taken);
-  ASSERT_TRUE(client.Send("still here\r\n"));
-  EXPECT_EQ(client.ReadUntil("\r\n"), "still here\r\n");
+  ExpectEcho(client, "still here\r\n");
 }
 
 TEST_F(BridgeTest, QuitEndsRelaysAndTheRun) {
@@ -241,8 +239,7 @@ TEST_F(BridgeTest, QuitEndsRelaysAndTheRun) {
   StartBridge();
   uint16_t port = Route("localhost", server);
   LoopbackClient client(port);
-  ASSERT_TRUE(client.Send("x\r\n"));
-  EXPECT_EQ(client.ReadUntil("\r\n"), "x\r\n");
+  ExpectEcho(client, "x\r\n");
 
   ASSERT_TRUE(SendControl(control_, "QUIT\r\nEND"));
   ASSERT_EQ(runner_.wait_for(10s), std::future_status::ready);
