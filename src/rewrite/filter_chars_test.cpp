@@ -40,27 +40,5 @@ TEST(FilterChars, OtherModesDeleteTheSameCodes) {
   }
 }
 
-TEST(FilterChars, DownloadedArticleWithTerminalCodes) {
-  // An ANSI colour sequence, a backspace, a stray ^A, a tab, a form feed and
-  // windows-1250 letters, as some servers hand them out.
-  const std::string article =
-      "220 4711 <a1@news.example.org> article\r\n"
-      "From: \"J\xf3zef\" <jozef@example.pl>\r\n"
-      "Subject: \x1b[1mkolor\x1b[0m\r\n"
-      "\r\n"
-      "Za\xbf\xf3\xb3\x63 g\xea\x9cl\xb9 ja\x9f\xf1\x08!\x01\r\n"
-      "\tkolumna\x0bpionowa\x0c\r\n"
-      ".\r\n";
-  const std::string expected =
-      "220 4711 <a1@news.example.org> article\r\n"
-      "From: \"J\xf3zef\" <jozef@example.pl>\r\n"
-      "Subject:  [1mkolor [0m\r\n"
-      "\r\n"
-      "Za\xbf\xf3\xb3\x63 g\xea\x9cl\xb9 ja\x9f\xf1 ! \r\n"
-      "\tkolumna\x0bpionowa\x0c\r\n"
-      ".\r\n";
-  EXPECT_EQ(FilterChars(article, 1), expected);
-}
-
 }  // namespace
 }  // namespace brindle

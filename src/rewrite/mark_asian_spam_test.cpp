@@ -62,16 +62,10 @@ INSTANTIATE_TEST_SUITE_P(
 
 TEST(MarkAsianSpam, CountsBytesFrom128Up) {
   // 127 is not a high byte, 128 is; only the value after "Subject: " counts.
-  EXPECT_EQ(MarkAsianSpam(Mail("Subject: \x7f\x7f"
-                               "ab"),
-                          40, 10),
-            Mail("Subject: \x7f\x7f"
-                 "ab"));
-  EXPECT_EQ(MarkAsianSpam(Mail("Subject: \x80\x80"
-                               "ab"),
-                          40, 10),
-            Mail("Subject: [SPAM] \x80\x80"
-                 "ab"));
+  const std::string low = "\x7f\x7f", high = "\x80\x80";
+  EXPECT_EQ(MarkAsianSpam(Mail("Subject: " + low + "ab"), 40, 10), Mail("Subject: " + low + "ab"));
+  EXPECT_EQ(MarkAsianSpam(Mail("Subject: " + high + "ab"), 40, 10),
+            Mail("Subject: [SPAM] " + high + "ab"));
 }
 
 TEST(MarkAsianSpam, EmptyOrMissingSubjectIsLeftAlone) {
