@@ -1,7 +1,4 @@
-// The program's own rewriting steps wired into a channel, and the tunnel box
-// in the user's language.
-#include "core/language.h"
-#include "core/message_box.h"
+// The program's own rewriting steps wired into a channel.
 #include "proxy/proxy_fixture.h"
 
 namespace brindle::proxytest {
@@ -24,22 +21,6 @@ TEST_F(RealStepsTest, PostedArticleGetsTheConfiguredHeaders) {
                        "POST\r\nFrom: a@b\r\nSubject: s\r\nX-Extra: yes\r\n"
                        "X-Newsreader: Brindle Reader\r\n\r\ntext\r\n.\r\n"))
       << d.server->received;
-}
-
-TEST_F(RealStepsTest, StartErrorBoxSpeaksTheUsersLanguage) {
-  Settings s;
-  s.intLanguage = kLangGerman;
-  MakeProxy(s);
-  MessageBoxCapture boxes;
-  asio::ip::tcp::acceptor taken(io_, {asio::ip::address_v4::loopback(), 0});
-  const int32_t port = taken.local_endpoint().port();
-  CTunnel& tunnel = proxy_->AddTunnel({"h", port, 119, false, false, kTypeNntp});
-  EXPECT_EQ(tunnel.start(), 10048);
-  ASSERT_EQ(boxes.Boxes().size(), 1u);
-  EXPECT_EQ(boxes.Boxes()[0].text, std::string(LanguageString(kLangGerman, 130)) + " " +
-                                       std::to_string(port) + " " +
-                                       std::string(LanguageString(kLangGerman, 131)));
-  EXPECT_EQ(boxes.Boxes()[0].title, MessageBoxTitle(kLangGerman, 132));
 }
 
 }  // namespace
