@@ -12,7 +12,7 @@ extern char** environ;
 namespace brindle::app {
 
 pid_t SpawnProcess(const std::string& program, const std::vector<std::string>& args,
-                   bool searchPath, std::string& error) {
+                   bool searchPath, std::string& error, bool ownProcessGroup) {
   std::vector<char*> argv;
   argv.push_back(const_cast<char*>(program.c_str()));
   for (const std::string& arg : args) argv.push_back(const_cast<char*>(arg.c_str()));
@@ -27,7 +27,12 @@ pid_t SpawnProcess(const std::string& program, const std::vector<std::string>& a
   sigfillset(&all);
   posix_spawnattr_setsigmask(&attributes, &none);
   posix_spawnattr_setsigdefault(&attributes, &all);
-  posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF);
+  short flags = POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF;
+  if (ownProcessGroup) {
+    flags |= POSIX_SPAWN_SETPGROUP;
+    posix_spawnattr_setpgroup(&attributes, 0);
+  }
+  posix_spawnattr_setflags(&attributes, flags);
 
   pid_t pid = -1;
   const int result =

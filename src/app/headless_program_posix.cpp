@@ -65,7 +65,9 @@ class HeadlessProgram {
     if (config_.companionPortMoved)
       args = {"--control-port", std::to_string(config_.companionControlPort)};
     std::string error;
-    companion_ = SpawnProcess(path, args, false, error);
+    // Its own process group: a Ctrl-C meant for us must not end the companion
+    // before the routes are withdrawn and QUIT is sent.
+    companion_ = SpawnProcess(path, args, false, error, /*ownProcessGroup=*/true);
     if (companion_ < 0) {
       log::Error(error);
       return false;

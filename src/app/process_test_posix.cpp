@@ -68,5 +68,27 @@ TEST(ChildWatcher, ReportsEachChildsStatusAsAShellWould) {
   EXPECT_FALSE(children.Running(three));
 }
 
+TEST(ChildWatcher, OnlyTheCompanionLeavesTheTerminalsProcessGroup) {
+  asio::io_context io;
+  ChildWatcher children(io);
+  std::string error;
+  const pid_t client = SpawnProcess("sleep", {"30"}, true, error);
+  const pid_t companion = SpawnProcess("sleep", {"30"}, true, error, /*ownProcessGroup=*/true);
+  ASSERT_GT(client, 0);
+  ASSERT_GT(companion, 0);
+  // A client such as a newsreader needs the terminal: it stays in our group.
+  EXPECT_EQ(getpgid(client), getpgrp());
+  // The companion's group is its own, so a Ctrl-C for us never reaches it.
+  EXPECT_EQ(getpgid(companion), companion);
+  int ended = 0;
+  for (pid_t pid : {client, companion}) {
+    children.Watch(pid, [&ended](int) { ++ended; });
+    kill(pid, SIGKILL);
+  }
+  while (ended < 2 && io.run_one()) {
+  }
+  EXPECT_EQ(ended, 2);
+}
+
 }  // namespace
 }  // namespace brindle::app
