@@ -103,7 +103,8 @@ std::string WritePemFile(X509* cert) {
   return path;
 }
 
-TlsEchoServer::TlsEchoServer(const Identity& identity) {
+TlsEchoServer::TlsEchoServer(const Identity& identity, ServerScript script)
+    : script_(std::move(script)) {
   SSL_CTX* ctx = SSL_CTX_new(TLS_server_method());
   SSL_CTX_use_certificate(ctx, identity.cert.get());
   SSL_CTX_use_PrivateKey(ctx, identity.key.get());
@@ -152,6 +153,9 @@ void TlsEchoServer::Serve(int fd) {
       std::lock_guard lock(mutex_);
       names_.push_back(sni);
     }
+    if (!script_.greeting.empty()) {
+      SSL_write(ssl, script_.greeting.data(), static_cast<int>(script_.greeting.size()));
+    }
     char buf[16384];
     for (;;) {
       int n = SSL_read(ssl, buf, sizeof buf);
@@ -167,7 +171,8 @@ void TlsEchoServer::Serve(int fd) {
         SSL_write(ssl, "bye\r\n", 5);
         break;  // drop the line without close_notify, as many servers do
       }
-      if (SSL_write(ssl, buf, n) <= 0) break;
+      const std::string reply = script_.answer ? script_.answer(piece) : piece;
+      if (SSL_write(ssl, reply.data(), static_cast<int>(reply.size())) <= 0) break;
     }
   }
   SSL_free(ssl);
