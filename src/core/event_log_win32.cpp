@@ -1,6 +1,5 @@
 #include <windows.h>
 
-#include <cstdio>
 #include <mutex>
 #include <string>
 
@@ -9,10 +8,8 @@
 namespace brindle::event_log {
 namespace {
 
-const char* g_sourceName = kSourceName;
-
 HANDLE Source() {
-  static HANDLE source = RegisterEventSourceA(nullptr, g_sourceName);
+  static HANDLE source = RegisterEventSourceA(nullptr, SourceName());
   return source;
 }
 
@@ -29,28 +26,12 @@ WORD EventType(log::Level level) {
 
 }  // namespace
 
-void SetSourceName(const char* ident) {
-  g_sourceName = ident;
-}
-const char* SourceName() {
-  return g_sourceName;
-}
-
 void WriteSystemLog(log::Level level, std::string_view text) {
   HANDLE source = Source();
   if (source == nullptr) return;
   std::string entry(text);
   const char* strings[] = {entry.c_str()};
   ReportEventA(source, EventType(level), 0, 0, nullptr, 1, 0, strings, nullptr);
-}
-
-log::Sink SystemLogSink(bool alsoStandardError) {
-  return [alsoStandardError](log::Level level, std::string_view message) {
-    WriteSystemLog(level, message);
-    if (alsoStandardError)
-      std::fprintf(stderr, "%s: %s: %.*s\n", g_sourceName, log::LevelName(level),
-                   static_cast<int>(message.size()), message.data());
-  };
 }
 
 }  // namespace brindle::event_log
