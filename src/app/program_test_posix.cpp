@@ -21,11 +21,15 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "app/testing/loopback_and_files.h"
+
 #include "core/language.h"
 
 extern char** environ;
 
 namespace {
+
+using namespace brindle::app::testing;
 
 namespace fs = std::filesystem;
 using ::testing::HasSubstr;
@@ -34,40 +38,6 @@ using ::testing::Not;
 // A bound on how long any one run may take, so that a hung program fails
 // the test instead of hanging it. Not a measure of speed.
 constexpr auto kRunLimit = std::chrono::seconds(60);
-
-uint16_t FreePort() {
-  const int fd = socket(AF_INET, SOCK_STREAM, 0);
-  sockaddr_in a{};
-  a.sin_family = AF_INET;
-  a.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-  bind(fd, reinterpret_cast<sockaddr*>(&a), sizeof a);
-  socklen_t size = sizeof a;
-  getsockname(fd, reinterpret_cast<sockaddr*>(&a), &size);
-  close(fd);
-  return ntohs(a.sin_port);
-}
-
-bool Listening(uint16_t port) {
-  const int fd = socket(AF_INET, SOCK_STREAM, 0);
-  sockaddr_in a{};
-  a.sin_family = AF_INET;
-  a.sin_port = htons(port);
-  a.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-  const bool up = connect(fd, reinterpret_cast<sockaddr*>(&a), sizeof a) == 0;
-  close(fd);
-  return up;
-}
-
-std::string ReadFile(const fs::path& path) {
-  std::ifstream in(path, std::ios::binary);
-  std::stringstream s;
-  s << in.rdbuf();
-  return s.str();
-}
-
-void WriteFile(const fs::path& path, const std::string& text) {
-  std::ofstream(path, std::ios::binary) << text;
-}
 
 // One run of the program, its standard error captured.
 class ProgramRun {

@@ -15,7 +15,11 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "app/testing/loopback_and_files.h"
+
 namespace {
+
+using namespace brindle::app::testing;
 
 using ::testing::HasSubstr;
 
@@ -30,36 +34,6 @@ std::string MakeTempFolder() {
       std::string(base) + "brindle-program-" + std::to_string(GetCurrentProcessId());
   CreateDirectoryA(folder.c_str(), nullptr);
   return folder;
-}
-
-uint16_t FreePort() {
-  SOCKET s = socket(AF_INET, SOCK_STREAM, IPPROTO_TCP);
-  sockaddr_in a{};
-  a.sin_family = AF_INET;
-  a.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-  bind(s, reinterpret_cast<sockaddr*>(&a), sizeof a);
-  int size = sizeof a;
-  getsockname(s, reinterpret_cast<sockaddr*>(&a), &size);
-  closesocket(s);
-  return ntohs(a.sin_port);
-}
-
-bool Listening(uint16_t port) {
-  SOCKET s = socket(AF_INET, SOCK_STREAM, IPPROTO_TCP);
-  sockaddr_in a{};
-  a.sin_family = AF_INET;
-  a.sin_port = htons(port);
-  a.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-  const bool up = connect(s, reinterpret_cast<sockaddr*>(&a), sizeof a) == 0;
-  closesocket(s);
-  return up;
-}
-
-std::string ReadFile(const std::string& path) {
-  std::ifstream in(path, std::ios::binary);
-  std::stringstream s;
-  s << in.rdbuf();
-  return s.str();
 }
 
 std::string SettingsFile() {
