@@ -3,8 +3,9 @@
 // the line reversed) and names their ports and certificate files in the
 // environment. The trusted test CA goes into this Wine prefix's user root
 // store, never the machine's.
-#include <wincrypt.h>
 #include <windows.h>
+// wincrypt.h needs windows.h first.
+#include <wincrypt.h>
 
 #include <gtest/gtest.h>
 

@@ -5,14 +5,23 @@
 #define SECURITY_WIN32
 // The newer credentials form (SCH_CREDENTIALS), needed for TLS 1.3.
 #define SCHANNEL_USE_BLACKLISTS
-#include <schannel.h>
-#include <security.h>
-#include <sspi.h>
-#include <subauth.h>
-#include <wincrypt.h>
-#include <windows.h>
+// The Windows headers depend on their order: sockets, then windows.h, then
+// the security headers.
 #include <winsock2.h>
+
 #include <ws2tcpip.h>
+
+#include <windows.h>
+
+#include <subauth.h>
+
+#include <schannel.h>
+
+#include <security.h>
+
+#include <sspi.h>
+
+#include <wincrypt.h>
 
 #include <cstdio>
 #include <cstring>
@@ -201,6 +210,10 @@ class SchannelSession : public TlsSession {
   }
 
   bool Write(const char* data, size_t size) override {
+    if (!done_) {
+      failure_ = "no TLS connection yet";
+      return false;
+    }
     while (size > 0) {
       size_t piece = std::min<size_t>(size, sizes_.cbMaximumMessage);
       size_t old = out_.size();
