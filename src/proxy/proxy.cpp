@@ -89,6 +89,11 @@ void Proxy::SetDisplayTransferredData(bool on) {
   impl_->display.SetEnabled(on);
 }
 
+void Proxy::SetDisplayObserver(
+    std::function<void(const std::string& recent, size_t connections)> f) {
+  impl_->display.SetObserver(std::move(f));
+}
+
 const TransferDisplay& Proxy::Display() const {
   return impl_->display;
 }

@@ -52,6 +52,8 @@ class Proxy {
   // Status page: "Recently transferred data" (kept while enabled, passwords
   // masked) and "Current connections".
   void SetDisplayTransferredData(bool on);
+  // Called on the proxy's thread whenever either display changes.
+  void SetDisplayObserver(std::function<void(const std::string& recent, size_t connections)> f);
   const TransferDisplay& Display() const;
 
   // Program start: is the companion answering on its control port (up to 3 s)?

@@ -64,12 +64,15 @@ void TransferDisplay::ShowServerPiece(std::string_view piece) {
 void TransferDisplay::ShowConnections(size_t count) {
   connections_ = count;
   log::Debug("Current connections: " + std::to_string(count));
+  if (observer_) observer_(recent_, connections_);
 }
 
 void TransferDisplay::Show(std::string text) {
   log::Debug("Recently transferred data: " + text);
   ++pieces_;
-  if (enabled_) recent_ = std::move(text);
+  if (!enabled_) return;
+  recent_ = std::move(text);
+  if (observer_) observer_(recent_, connections_);
 }
 
 }  // namespace brindle

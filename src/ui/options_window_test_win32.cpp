@@ -1,8 +1,9 @@
 // The options window as a user drives it: a second thread sets texts and
 // clicks while this thread runs the window's messages; the settings file is
 // then compared byte for byte with what the pages should have written.
-#include <commctrl.h>
 #include <windows.h>
+// after windows.h
+#include <commctrl.h>
 
 #include <gtest/gtest.h>
 

@@ -102,6 +102,7 @@ bool OptionsWindow::ApplyPages() {
     return false;
   }
   for (auto& view : views_) view->Show();
+  if (onApplied) onApplied();
   return true;
 }
 

@@ -6,6 +6,7 @@
 
 #include <windows.h>
 
+#include <functional>
 #include <memory>
 #include <vector>
 
@@ -32,6 +33,9 @@ class OptionsWindow : public LanguageAware {
   OptionPages& Pages() { return pages_; }
 
   void ChangeLanguage() override;
+
+  // Runs after every successful OK or Apply.
+  std::function<void()> onApplied;
 
  private:
   static INT_PTR CALLBACK Procedure(HWND window, UINT message, WPARAM w, LPARAM l);
