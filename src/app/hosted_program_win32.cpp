@@ -5,6 +5,7 @@
 #include "app/settings_binding.h"
 #include "core/log.h"
 #include "core/message_box.h"
+#include "oewin/note_settings.h"
 
 namespace brindle::app {
 
@@ -69,6 +70,10 @@ bool HostedProgram::Load() {
     });
   });
   window_.PumpUntil(loaded);
+  if (ok) {
+    SetNoteSettingsSource([this] { return store_.Current(); });
+    noteWatch_ = std::make_unique<NoteWindowWatch>();
+  }
   return ok;
 }
 
@@ -93,6 +98,8 @@ void HostedProgram::CloseTunnels() {
 }
 
 void HostedProgram::Stop() {
+  noteWatch_.reset();
+  SetNoteSettingsSource(nullptr);
   work_.reset();
   io_.stop();
   if (ioThread_.joinable()) ioThread_.join();
