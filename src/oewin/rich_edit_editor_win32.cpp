@@ -21,7 +21,7 @@ class RichEditEditor final : public Editor {
     if (!IsWindow(control_)) return std::nullopt;
     std::wstring text(static_cast<size_t>(GetWindowTextLengthW(control_)) + 1, L'\0');
     text.resize(static_cast<size_t>(GetWindowTextW(control_, text.data(), int(text.size()))));
-    return WideToAnsi(text);
+    return NormaliseLineEnds(WideToAnsi(text));  // the control may end paragraphs with CR alone
   }
 
   bool SetText(std::string_view text) override {
@@ -50,7 +50,7 @@ class RichEditEditor final : public Editor {
     std::wstring text(static_cast<size_t>(range.cpMax - range.cpMin) + 1, L'\0');
     text.resize(static_cast<size_t>(
         SendMessageW(control_, EM_GETSELTEXT, 0, reinterpret_cast<LPARAM>(text.data()))));
-    return WideToAnsi(text);
+    return NormaliseLineEnds(WideToAnsi(text));
   }
 
   bool ReplaceSelection(std::string_view text) override {
