@@ -58,7 +58,8 @@ std::string PlainTextToHtml(std::string_view text) {
         ++i;
         break;  // always followed by '\n' here
       case ' ':
-        plainSpace = !plainSpaceBefore;
+        // A space before a line end would be dropped too ("-- " ends a signature separator).
+        plainSpace = !plainSpaceBefore && i + 1 < lines.size() && lines[i + 1] != '\r';
         out += plainSpace ? " " : "&nbsp;";
         break;
       default:

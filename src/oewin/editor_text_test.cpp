@@ -16,8 +16,9 @@ TEST(EditorText, HtmlShowsTheSameLinesWithTheMarkerAsAnElement) {
   EXPECT_EQ(PlainTextToHtml("###kursor###\r\n> a<b> & \"c\"\r\r\n>  x"),
             "<SPAN id=kursor></SPAN><BR>&gt; a&lt;b&gt; &amp; &quot;c&quot;<BR>"
             "&gt; &nbsp;x");
-  // Leading and repeated spaces stay visible; a lone "#" run is no marker.
-  EXPECT_EQ(PlainTextToHtml("  a   b ###kursor##"), "&nbsp; a &nbsp; b ###kursor##");
+  // Leading, repeated and line-ending spaces stay visible; a short "#" run is no marker.
+  EXPECT_EQ(PlainTextToHtml("  a   b ###kursor##\r\n-- \r\nx "),
+            "&nbsp; a &nbsp; b ###kursor##<BR>--&nbsp;<BR>x&nbsp;");
 }
 
 }  // namespace
