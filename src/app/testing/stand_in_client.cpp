@@ -16,6 +16,7 @@
 // winsock2.h must come before windows.h.
 #include <windows.h>
 
+#include <mshtml.h>
 #include <oleacc.h>
 
 #include <algorithm>
@@ -107,8 +108,10 @@ std::string RunReplyNote() {
   IUnknown* document = brindle::testing::NewFakeHtmlDocument(&state);
   HWND note = Window("ATH_Note", nullptr);
   HWND envelope = Window("OE_Envelope", note);
+  // Plain fields: what the client's own fields make of the End and ";" keys
+  // is the client's business.
   for (int id : {1003, 1004, 1026})
-    CreateWindowExA(0, "Edit", "", WS_CHILD | WS_VISIBLE, 0, 0, 100, 20, envelope,
+    CreateWindowExA(0, "Static", "", WS_CHILD | WS_VISIBLE, 0, 0, 100, 20, envelope,
                     reinterpret_cast<HMENU>(static_cast<INT_PTR>(id)), nullptr, nullptr);
   SetDlgItemTextA(envelope, 1004, "Re: hello");
   HWND server =
