@@ -17,6 +17,7 @@
 #include "core/language_menu.h"
 #include "core/message_box.h"
 #include "core/settings_store.h"
+#include "oewin/note_watch.h"
 #include "proxy/proxy.h"
 #include "ui/main_window_ui_win32.h"
 #include "ui/options_window_win32.h"
@@ -59,6 +60,7 @@ class HostedProgram : public MainForm {
   std::unique_ptr<LanguageMenu> languageMenu_;
   std::unique_ptr<ui::OptionsWindow> optionsWindow_;
   std::unique_ptr<ui::MainWindowUi> ui_;
+  std::unique_ptr<NoteWindowWatch> noteWatch_;  // on the client's thread
   MessageBoxSink previousBoxes_;
   bool boxesRedirected_ = false;
 };

@@ -10,6 +10,8 @@
 #include "core/message_box.h"
 #include "core/settings_file.h"
 #include "core/settings_paths.h"
+#include "oewin/note_settings.h"
+#include "oewin/rot_coder.h"
 
 namespace brindle::app {
 
@@ -76,7 +78,11 @@ bool HostedProgram::Load() {
     });
   });
   window_.PumpUntil(loaded);
-  if (ok) OpenUserInterface();
+  if (ok) {
+    SetNoteSettingsSource([this] { return store_.Current(); });
+    noteWatch_ = std::make_unique<NoteWindowWatch>();
+    OpenUserInterface();
+  }
   return ok;
 }
 
@@ -91,6 +97,7 @@ void HostedProgram::OpenUserInterface() {
       std::make_unique<ui::OptionsWindow>(*applier_, languageWindows_, tunnelControl_.get());
   ui::MainWindowActions actions;
   actions.end = [this] { PostMessageW(window_.Handle(), WM_CLOSE, 0, 0); };
+  actions.rotCoder = [this] { OpenRotCoder(window_.Handle()); };
   actions.showClient = [this] { ShowClient(); };
   actions.help = [this] { OpenHelp(); };
   ui_ = std::make_unique<ui::MainWindowUi>(window_.Handle(), *applier_, languageWindows_,
@@ -154,6 +161,8 @@ void HostedProgram::CloseTunnels() {
 }
 
 void HostedProgram::Stop() {
+  noteWatch_.reset();
+  SetNoteSettingsSource(nullptr);
   work_.reset();
   io_.stop();
   if (ioThread_.joinable()) ioThread_.join();
