@@ -198,6 +198,9 @@ class TunnelsView : public PageView {
     SendMessageW(list, LB_SETCURSEL, static_cast<WPARAM>(selected), 0);
   }
   void ChangeLanguage() override {
+    // The state column is as wide as the longest state word of any language.
+    INT stop = 56;
+    SendDlgItemMessageW(window_, IDC_LIST, LB_SETTABSTOPS, 1, reinterpret_cast<LPARAM>(&stop));
     Caption(IDC_L1, 73);
     Caption(IDC_B1, 29);
     Caption(IDC_B2, 74);
