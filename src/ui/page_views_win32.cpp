@@ -191,8 +191,12 @@ class TunnelsView : public PageView {
     SendMessageW(list, LB_RESETCONTENT, 0, 0);
     for (size_t i = 0; i < page_.Entries().size(); ++i) {
       std::wstring line = Utf8ToWide(std::string(Text(page_.StateOffset(i)))) + L"\t";
-      const std::string caption = page_.Caption(i);  // host names are plain ASCII
-      line += std::wstring(caption.begin(), caption.end());
+      const std::string caption = page_.Caption(i);  // settings bytes: the system's code page
+      std::wstring wide(caption.size(), L'\0');
+      wide.resize(static_cast<size_t>(
+          MultiByteToWideChar(CP_ACP, 0, caption.data(), static_cast<int>(caption.size()),
+                              wide.data(), static_cast<int>(wide.size()))));
+      line += wide;
       SendMessageW(list, LB_ADDSTRING, 0, reinterpret_cast<LPARAM>(line.c_str()));
     }
     SendMessageW(list, LB_SETCURSEL, static_cast<WPARAM>(selected), 0);
