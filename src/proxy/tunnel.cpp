@@ -32,6 +32,7 @@ int CTunnel::start(std::function<void(int)> done) {
   }
   std::error_code ec = Listen();
   const int error = TunnelErrorNumber(ec);
+  startError_ = error;
   if (error == 0) {
     blnRunning_ = true;
     ArmAccept();
@@ -119,8 +120,8 @@ void CTunnel::StopServer(std::function<void()> done) {
 }
 
 ChannelTarget CTunnel::Target() const {
-  if (SSL) return {tType_, "127.0.0.1", srcSSLPort_};
-  return {tType_, Server, static_cast<uint16_t>(DestPort)};
+  if (SSL) return {tType_, "127.0.0.1", srcSSLPort_, traffic_};
+  return {tType_, Server, static_cast<uint16_t>(DestPort), traffic_};
 }
 
 // Accepts only while a channel pair is free; otherwise new connections wait
