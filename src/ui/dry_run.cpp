@@ -4,7 +4,7 @@
 
 #include "proxy/message_pipeline.h"
 
-namespace brindle {
+namespace brindle::ui {
 namespace {
 
 std::vector<std::string> Lines(std::string_view text) {
@@ -77,4 +77,4 @@ std::vector<DryRunLine> DryRun(std::string_view pasted, DryRunKind kind, const S
   return result;
 }
 
-}  // namespace brindle
+}  // namespace brindle::ui

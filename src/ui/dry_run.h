@@ -10,7 +10,7 @@
 
 #include "core/settings.h"
 
-namespace brindle {
+namespace brindle::ui {
 
 enum class DryRunKind { kNews, kMail };
 
@@ -23,4 +23,4 @@ struct DryRunLine {
 // terminating "." line.
 std::vector<DryRunLine> DryRun(std::string_view pasted, DryRunKind kind, const Settings& settings);
 
-}  // namespace brindle
+}  // namespace brindle::ui

@@ -5,7 +5,7 @@
 #include "proxy/transfer_display.h"
 #include "proxy/tunnel.h"
 
-namespace brindle {
+namespace brindle::ui {
 
 const char* ProtocolName(int32_t type) {
   switch (type) {
@@ -64,4 +64,4 @@ StatusModel ReadStatus(const Proxy& proxy) {
   return model;
 }
 
-}  // namespace brindle
+}  // namespace brindle::ui

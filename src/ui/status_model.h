@@ -11,9 +11,11 @@
 #include "proxy/step_counts.h"
 
 namespace brindle {
-
 class Proxy;
 class CChannel;
+}  // namespace brindle
+
+namespace brindle::ui {
 
 struct TunnelStatus {
   int32_t type = 0;  // kTypeNntp, kTypePop3, kTypeSmtp
@@ -55,4 +57,4 @@ std::string ChannelStateName(const CChannel& channel);
 // "NNTP", "POP3", "SMTP".
 const char* ProtocolName(int32_t type);
 
-}  // namespace brindle
+}  // namespace brindle::ui

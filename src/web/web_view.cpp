@@ -38,11 +38,11 @@ std::string CountsJson(const StepCounts& c) {
          ",\"multipartsRelabelled\":" + Number(c.multipartsRelabelled) + "}";
 }
 
-std::string StatusJson(const StatusModel& s) {
+std::string StatusJson(const ui::StatusModel& s) {
   std::string json = "{\"tunnels\":[";
   for (size_t i = 0; i < s.tunnels.size(); ++i) {
-    const TunnelStatus& t = s.tunnels[i];
-    json += std::string(i ? "," : "") + "{\"protocol\":\"" + ProtocolName(t.type) +
+    const ui::TunnelStatus& t = s.tunnels[i];
+    json += std::string(i ? "," : "") + "{\"protocol\":\"" + ui::ProtocolName(t.type) +
             "\",\"srcPort\":" + std::to_string(t.srcPort) +
             ",\"server\":" + JsonString(CodePageToUtf8(t.server)) +
             ",\"destPort\":" + std::to_string(t.destPort) +
@@ -55,9 +55,9 @@ std::string StatusJson(const StatusModel& s) {
   }
   json += "],\"channels\":[";
   for (size_t i = 0; i < s.channels.size(); ++i) {
-    const ChannelStatus& c = s.channels[i];
+    const ui::ChannelStatus& c = s.channels[i];
     json += std::string(i ? "," : "") + "{\"index\":" + std::to_string(c.index) +
-            ",\"protocol\":\"" + ProtocolName(c.type) + "\",\"state\":" + JsonString(c.state) +
+            ",\"protocol\":\"" + ui::ProtocolName(c.type) + "\",\"state\":" + JsonString(c.state) +
             ",\"bytesFromClient\":" + Number(c.bytesFromClient) +
             ",\"bytesFromServer\":" + Number(c.bytesFromServer) +
             ",\"tlsInsidePlain\":" + (c.tlsInsidePlain ? "true" : "false") + "}";
@@ -139,7 +139,7 @@ WebResponse WebView::Post(const std::string& path, const WebRequest& request) {
 
 WebResponse WebView::Status() {
   KeepDisplayOn();
-  return {200, "application/json", StatusJson(ReadStatus(proxy_)), {}};
+  return {200, "application/json", StatusJson(ui::ReadStatus(proxy_)), {}};
 }
 
 // The page keeps the transferred data shown while it polls, and lets it go
@@ -165,8 +165,8 @@ WebResponse WebView::Strings() {
 }
 
 WebResponse WebView::DryRunAnswer(const std::map<std::string, std::string>& form) {
-  const DryRunKind kind = Field(form, "kind") == "mail" ? DryRunKind::kMail : DryRunKind::kNews;
-  const auto lines = DryRun(Utf8ToCodePage(Field(form, "text")), kind, *store_.Current());
+  const auto kind = Field(form, "kind") == "mail" ? ui::DryRunKind::kMail : ui::DryRunKind::kNews;
+  const auto lines = ui::DryRun(Utf8ToCodePage(Field(form, "text")), kind, *store_.Current());
   std::string json = "{\"lines\":[";
   for (size_t i = 0; i < lines.size(); ++i) {
     json += std::string(i ? "," : "") + "{\"text\":" + JsonString(CodePageToUtf8(lines[i].text)) +
