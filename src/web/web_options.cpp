@@ -144,9 +144,8 @@ std::optional<ui::PageMessage> FillSignatures(ui::SignaturesPage& page, const Fo
 }
 
 std::string Refusal(const Settings& s, const ui::PageMessage& m) {
-  return std::string("{\"applied\":false,\"title\":") +
-         JsonString(MessageBoxTitle(s, m.title)) + ",\"text\":" +
-         JsonString(std::string(LanguageString(s, m.text)) + m.detail) + "}";
+  return std::string("{\"applied\":false,\"title\":") + JsonString(MessageBoxTitle(s, m.title)) +
+         ",\"text\":" + JsonString(std::string(LanguageString(s, m.text)) + m.detail) + "}";
 }
 
 }  // namespace
@@ -197,8 +196,7 @@ std::string ApplyOptions(const Form& form, SettingsStore& store, ui::SettingsApp
   if (auto refusal = FillTunnels(pages.frmTunele, form)) return Refusal(*snapshot, *refusal);
   FillHeaders(pages.frmHeaders, form, "news");
   FillHeaders(pages.frmHeadersMail, form, "mail");
-  if (auto refusal = FillSignatures(pages.frmSygnaturka, form))
-    return Refusal(*snapshot, *refusal);
+  if (auto refusal = FillSignatures(pages.frmSygnaturka, form)) return Refusal(*snapshot, *refusal);
   if (Has(form, "filters.AFMin")) {
     ui::FiltersPage& f = pages.frmFilters;
     f.chkBeginFilter = Ticked(form, "filters.BeginFilter");

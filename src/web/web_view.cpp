@@ -6,6 +6,7 @@
 #include "ui/dry_run.h"
 #include "ui/status_model.h"
 #include "web/web_assets.h"
+#include "web/web_options.h"
 #include "web/web_text.h"
 
 namespace brindle::web {
@@ -75,7 +76,14 @@ WebView::WebView(asio::io_context& io, Proxy& proxy, SettingsStore& store, Acces
       store_(store),
       rules_(rules),
       save_(save),
-      languages_(store, windows_, save),
+      languages_(store, windows_, [save](const Settings& s) { save(s); }),
+      // Already on the proxy's thread: answers run where they arrive.
+      tunnels_(
+          io, [&proxy] { return &proxy; },
+          [](std::function<void()> f) {
+            if (f) f();
+          }),
+      applier_(store, &tunnels_, save),
       displayOff_(io) {}
 
 WebResponse WebView::Handle(const WebRequest& request) {
@@ -110,6 +118,7 @@ WebResponse WebView::SignIn(const std::string& query) {
 WebResponse WebView::Get(const std::string& path, const std::string& query) {
   if (path == "/api/status") return Status();
   if (path == "/api/strings") return Strings();
+  if (path == "/api/options") return {200, "application/json", OptionsJson(*store_.Current()), {}};
   if (path == "/api/token") {
     const std::string page = UrlDecode(query.substr(query.rfind("page=", 0) == 0 ? 5 : 0));
     return {200, "application/json", "{\"token\":" + JsonString(rules_.PageToken(page)) + "}", {}};
@@ -134,6 +143,8 @@ WebResponse WebView::Post(const std::string& path, const WebRequest& request) {
     return Refused(403, "This page is out of date: reload it.");
   if (path == "/api/dryrun") return DryRunAnswer(form);
   if (path == "/api/language") return Language(form);
+  if (path == "/api/options")
+    return {200, "application/json", ApplyOptions(form, store_, applier_), {}};
   return Refused(404, "No such action.");
 }
 

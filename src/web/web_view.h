@@ -14,6 +14,8 @@
 
 #include "core/language_menu.h"
 #include "core/settings_store.h"
+#include "ui/proxy_tunnel_control.h"
+#include "ui/settings_apply.h"
 #include "web/web_access.h"
 
 namespace brindle {
@@ -45,7 +47,8 @@ inline constexpr size_t kMaxBodySize = 256 * 1024;
 
 class WebView {
  public:
-  using SaveSettings = LanguageMenu::SaveSettings;
+  // Writes the whole settings file; false when it could not.
+  using SaveSettings = std::function<bool(const Settings&)>;
 
   WebView(asio::io_context& io, Proxy& proxy, SettingsStore& store, AccessRules& rules,
           SaveSettings save);
@@ -68,6 +71,8 @@ class WebView {
   SaveSettings save_;
   LanguageWindows windows_;
   LanguageMenu languages_;
+  ui::ProxyTunnelControl tunnels_;
+  ui::SettingsApplier applier_;
   asio::steady_timer displayOff_;
 };
 

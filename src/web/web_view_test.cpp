@@ -24,8 +24,10 @@ const std::string kHost = "127.0.0.1:8119";
 class WebViewTest : public ::testing::Test {
  protected:
   WebViewTest()
-      : proxy_(io_, store_),
-        view_(io_, proxy_, store_, rules_, [this](const Settings& s) { saved_.push_back(s); }) {}
+      : proxy_(io_, store_), view_(io_, proxy_, store_, rules_, [this](const Settings& s) {
+          saved_.push_back(s);
+          return true;
+        }) {}
 
   WebRequest Get(const std::string& target) {
     WebRequest r{"GET", target, kHost, "", "", "brindle_key=" + rules_.Secret(), "", ""};
@@ -159,7 +161,7 @@ TEST_F(WebViewTest, ServerRefusesOversizedBodiesOnTheWire) {
     port = probe.local_endpoint().port();
   }
   AccessRules rules(MakeSecret(), port);
-  WebView view(io_, proxy_, store_, rules, [](const Settings&) {});
+  WebView view(io_, proxy_, store_, rules, [](const Settings&) { return true; });
   WebServer server(io_, view, port);
   std::string error;
   ASSERT_TRUE(server.Open(error)) << error;

@@ -109,6 +109,9 @@ function startBrindle(settingsDir, webPort, companionPort) {
   });
 }
 
+process.on("uncaughtException", (e) => fail(e.stack || String(e)));
+process.on("unhandledRejection", (e) => fail(e?.stack || String(e)));
+
 const settingsDir = mkdtempSync(path.join(os.tmpdir(), "brindle-browser-"));
 const profileDir = mkdtempSync(path.join(os.tmpdir(), "brindle-chromium-"));
 cleanups.push(() => rmSync(settingsDir, { recursive: true, force: true }));
@@ -149,9 +152,9 @@ await row.locator("[name=SrcPort]").fill(String(tunnelPort));
 await row.locator("[name=DestPort]").fill(String(news.port));
 await row.locator("[name=AutoStart]").check();
 await page.click("#tab-news-headers");
-await page.fill("#news-headers [name=HeaderName0]", "X-Brindle-Test");
-await page.fill("#news-headers [name=HeaderBody0]", "from the browser");
-await page.fill("#news-headers [name=InsertAfter0]", "Subject");
+await page.fill("[name='news.HeaderName0']", "X-Brindle-Test");
+await page.fill("[name='news.HeaderBody0']", "from the browser");
+await page.fill("[name='news.InsertAfter0']", "Subject");
 await page.click("#apply");
 await page.waitForSelector("#options-message.applied");
 if (shots) await page.screenshot({ path: path.join(shots, "browser-options.png"), fullPage: true });

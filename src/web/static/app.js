@@ -143,7 +143,7 @@ async function changeLanguage() {
 }
 
 document.addEventListener("DOMContentLoaded", async () => {
-  for (const button of document.querySelectorAll("nav button"))
+  for (const button of document.querySelectorAll("header nav button"))
     button.addEventListener("click", () => show(button.dataset.view));
   document.getElementById("language").addEventListener("change", changeLanguage);
   document.getElementById("dryrun-form").addEventListener("submit", dryRun);
