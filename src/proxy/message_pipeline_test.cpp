@@ -29,12 +29,23 @@ TEST(MessagePipelineTest, UuencodeCheckDependsOnTheLastPieceNotTheArticle) {
   EXPECT_THAT(steps.calls, ElementsAre("FilterChars1", "FixBoundary"));
 }
 
-TEST(MessagePipelineTest, MailFilterAndFailureKeepTheOriginal) {
+// Counts follow what the message went out as: a failed run counts nothing,
+// and a step that left the text as it was is not counted.
+TEST(MessagePipelineTest, MailFilterAndFailureKeepTheOriginalAndTheCounts) {
   Settings s;
   RecordingSteps steps;
   EXPECT_EQ(FilterMailMessage("m\r\n.\r\n", s, steps), "m{FixBoundary}\r\n.\r\n");
+  EXPECT_EQ(steps.counts.multipartsRelabelled, 1u);
   steps.failIn = "ChangeNewsHeaders";  // a later step fails: nothing of the earlier ones stays
   EXPECT_EQ(RewriteNewsArticle("a\r\n.\r\n", s, steps), "a\r\n.\r\n");
+  EXPECT_EQ(steps.counts.signaturesAppended, 0u);
+
+  MessageSteps real;
+  s.intXNewsreader = 1;
+  s.strXNewsreader = "n";
+  RewriteNewsArticle("Subject: a\r\nX-Newsreader: old\r\n\r\nb\r\n.\r\n", s, real);
+  EXPECT_EQ(real.counts.headersReplaced, 1u);
+  EXPECT_EQ(real.counts.referencesShortened + real.counts.customHeadersInserted, 0u);
 }
 
 TEST(TransferDisplayTest, CredentialsAreMaskedOnEveryLineOfAPiece) {

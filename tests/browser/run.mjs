@@ -157,7 +157,10 @@ await page.fill("[name='news.HeaderBody0']", "from the browser");
 await page.fill("[name='news.InsertAfter0']", "Subject");
 await page.click("#apply");
 await page.waitForSelector("#options-message.applied");
-if (shots) await page.screenshot({ path: path.join(shots, "browser-options.png"), fullPage: true });
+if (shots) {
+  await page.click("#tab-tunnels");
+  await page.screenshot({ path: path.join(shots, "browser-options.png") });
+}
 
 await page.click("#nav-status");
 await page.waitForSelector("#tunnels tbody tr .listening");
@@ -168,15 +171,14 @@ check((await page.textContent("#tunnels tbody tr")).includes(String(tunnelPort))
 await postArticle(tunnelPort, "From: a@example.org\r\nNewsgroups: test\r\nSubject: hello\r\n\r\nbody");
 check(news.articles.length === 1 && news.articles[0].includes("X-Brindle-Test: from the browser"),
       "the custom header reaches the news server");
-await page.waitForFunction(() =>
-  document.querySelector("[data-count=customHeadersInserted]")?.textContent === "1");
+await page.locator("[data-count=customHeadersInserted]", { hasText: /^1$/ }).waitFor();
 check(true, "the status page counts the inserted header without a reload");
 if (shots) await page.screenshot({ path: path.join(shots, "browser-status.png"), fullPage: true });
 
 // The language switch changes the captions at once.
 const before = await page.textContent("#nav-options");
 await page.selectOption("#language", "DE");
-await page.waitForFunction((old) => document.querySelector("#nav-options").textContent !== old, before);
+await page.locator("#nav-options").filter({ hasNotText: before }).waitFor();
 check(await page.textContent("#nav-options") !== before, "switching the language changes the captions");
 
 // The dry run shows the rewritten article with the changed line marked.

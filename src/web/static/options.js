@@ -63,7 +63,7 @@ function headersPage(box, data) {
     row.insertCell().append(el("input", { name: p + ".InsertAfter" + k, value: after }));
     row.insertCell().append(el("input", { name: p + ".HeaderBody" + k, value: text, size: 40 }));
   });
-  box.append(table, captioned("p", 137));
+  box.append(el("div", { class: "table-scroll" }, table), captioned("p", 137));
 }
 
 function senderBox(s) {
