@@ -199,7 +199,8 @@ TEST_F(WebViewTest, ServerRefusesOversizedBodiesOnTheWire) {
                                 "Content-Length: " +
                                 std::to_string(kMaxBodySize + 1) + "\r\n\r\n" +
                                 std::string(kMaxBodySize + 1, 'x');
-  EXPECT_EQ(exchange(oversized).find("200 OK"), std::string::npos);
+  // Dropped by the server before the view would answer (it says 403 or 413).
+  EXPECT_EQ(exchange(oversized), "");
   server.Close();
 }
 
