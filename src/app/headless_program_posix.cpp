@@ -20,6 +20,7 @@
 #include "core/log.h"
 #include "core/message_box.h"
 #include "core/settings_file.h"
+#include "core/settings_paths.h"
 #include "web/web_access.h"
 #include "web/web_server.h"
 #include "web/web_view.h"
@@ -70,6 +71,8 @@ class HeadlessProgram {
     std::vector<std::string> args;
     if (config_.companionPortMoved)
       args = {"--control-port", std::to_string(config_.companionControlPort)};
+    // The companion reads its SslBridge.conf from the settings folder in use.
+    ExportSettingsFolder(config_.settingsDir);
     std::string error;
     // Its own process group: a Ctrl-C meant for us must not end the companion
     // before the routes are withdrawn and QUIT is sent.
