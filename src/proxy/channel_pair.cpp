@@ -24,6 +24,7 @@ ChannelPair::ChannelPair(asio::io_context& io, int16_t index, tcp::socket client
       resolver_(io) {
   channel_.cType(target.type);
   if (target_.traffic) ++target_.traffic->channels;
+  channel_.tunnelName = target.tunnelName;
 }
 
 ChannelPair::~ChannelPair() {

@@ -32,6 +32,7 @@ struct ChannelTarget {
   int32_t type = kTypeUnset;
   std::string host;
   uint16_t port = 0;
+  std::string tunnelName;  // for the filter log: "NNTP 1119 news.example.org"
   // The tunnel's running totals, which outlive its channels (may be null).
   std::shared_ptr<TunnelTraffic> traffic;
 };

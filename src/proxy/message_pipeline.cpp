@@ -3,21 +3,19 @@
 #include <exception>
 
 #include "core/log.h"
+#include "rewrite/downloaded_headers.h"
+#include "rewrite/spammer_mark.h"
 
 namespace brindle {
 namespace {
 
 inline constexpr size_t kFilterBeginPieceLimit = 30000;
 
-// Runs `steps` on a copy; on any failure the original goes on unchanged
-// and nothing is counted.
+// Runs `steps` on a copy; on any failure the original goes on unchanged.
 template <typename Steps>
-std::string Guarded(const char* what, std::string text, StepCounts& counts, Steps&& run) {
+std::string Guarded(const char* what, std::string text, Steps&& run) {
   try {
-    StepCounts changed;
-    std::string out = run(std::string(text), changed);
-    counts += changed;
-    return out;
+    return run(std::string(text));
   } catch (const std::exception& e) {
     log::Warning(std::string(what) + " failed, message passed on unchanged: " + e.what());
   } catch (...) {
@@ -26,7 +24,7 @@ std::string Guarded(const char* what, std::string text, StepCounts& counts, Step
   return text;
 }
 
-// One step, counted in `tally` when it changed the text.
+// One outgoing step, counted in `tally` when it changed the text.
 template <typename Step>
 std::string Counted(uint64_t& tally, std::string t, Step&& step) {
   std::string before = t;
@@ -35,66 +33,113 @@ std::string Counted(uint64_t& tally, std::string t, Step&& step) {
   return t;
 }
 
+// Notes which steps of a downloaded message change its text, and counts them
+// in `counts` once the message is through. Without a record to fill it only
+// runs them, so nothing is copied for the comparison.
+class StepNotes {
+ public:
+  StepNotes(DownloadFiltering* filtering, StepCounts& counts)
+      : filtering_(filtering), counts_(counts) {}
+
+  template <typename Step>
+  std::string Run(DownloadStep which, std::string text, Step&& step) {
+    if (!filtering_) return step(std::move(text));
+    std::string before = text;
+    std::string after = step(std::move(text));
+    if (after != before) changes_.Add(which);
+    return after;
+  }
+
+  // The list is checked after every filter, on the text they leave.
+  std::string MarkListedSender(std::string text, const Settings& settings) {
+    if (!filtering_) return text;
+    std::string sender = MailboxOf(HeaderValue(text, "From"));
+    if (filtering_->spammers && filtering_->spammers->Matches(sender)) {
+      text = MarkListedSpammer(std::move(text), settings.strSpammerAddress);
+      changes_.Add(DownloadStep::kSpammerList);
+    }
+    // Only a filtering that went through to here is recorded.
+    filtering_->changes = changes_;
+    filtering_->sender = std::move(sender);
+    counts_.controlCharsBlanked += changes_.Has(DownloadStep::kControlChars);
+    counts_.beginLinesDisarmed += changes_.Has(DownloadStep::kBeginLines);
+    counts_.subjectsMarked += changes_.Has(DownloadStep::kSubjectMarked);
+    counts_.sendersListed += changes_.Has(DownloadStep::kSpammerList);
+    counts_.multipartsRelabelled += changes_.Has(DownloadStep::kMultipartRelabelled);
+    return text;
+  }
+
+ private:
+  DownloadFiltering* filtering_;
+  StepCounts& counts_;
+  DownloadChanges changes_;
+};
+
 }  // namespace
 
 std::string RewriteNewsArticle(std::string text, const Settings& settings, MessageSteps& steps) {
-  return Guarded("Rewriting of a posted article", std::move(text), steps.counts,
-                 [&](std::string t, StepCounts& c) {
-                   t = Counted(c.signaturesAppended, std::move(t), [&](std::string x) {
-                     return steps.AppendSignature(std::move(x), settings);
-                   });
-                   t = Counted(c.referencesShortened, std::move(t), [&](std::string x) {
-                     return steps.CutReferences(std::move(x), settings.intStripRef);
-                   });
-                   t = Counted(c.headersReplaced, std::move(t), [&](std::string x) {
-                     return steps.ChangeNewsHeaders(std::move(x), settings);
-                   });
-                   return Counted(c.customHeadersInserted, std::move(t), [&](std::string x) {
-                     return steps.InsertNewsCustomHeaders(std::move(x), settings);
-                   });
-                 });
+  return Guarded("Rewriting of a posted article", std::move(text), [&](std::string t) {
+    StepCounts c;
+    t = Counted(c.signaturesAppended, std::move(t),
+                [&](std::string x) { return steps.AppendSignature(std::move(x), settings); });
+    t = Counted(c.referencesShortened, std::move(t), [&](std::string x) {
+      return steps.CutReferences(std::move(x), settings.intStripRef);
+    });
+    t = Counted(c.headersReplaced, std::move(t),
+                [&](std::string x) { return steps.ChangeNewsHeaders(std::move(x), settings); });
+    t = Counted(c.customHeadersInserted, std::move(t), [&](std::string x) {
+      return steps.InsertNewsCustomHeaders(std::move(x), settings);
+    });
+    steps.counts += c;  // only a message that went through is counted
+    return t;
+  });
 }
 
 std::string RewriteMail(std::string text, const Settings& settings, MessageSteps& steps) {
-  return Guarded(
-      "Rewriting of a sent mail", std::move(text), steps.counts, [&](std::string t, StepCounts& c) {
-        t = Counted(c.headersReplaced, std::move(t),
-                    [&](std::string x) { return steps.ChangeMailHeaders(std::move(x), settings); });
-        return Counted(c.customHeadersInserted, std::move(t), [&](std::string x) {
-          return steps.InsertMailCustomHeaders(std::move(x), settings);
-        });
-      });
+  return Guarded("Rewriting of a sent mail", std::move(text), [&](std::string t) {
+    StepCounts c;
+    t = Counted(c.headersReplaced, std::move(t),
+                [&](std::string x) { return steps.ChangeMailHeaders(std::move(x), settings); });
+    t = Counted(c.customHeadersInserted, std::move(t), [&](std::string x) {
+      return steps.InsertMailCustomHeaders(std::move(x), settings);
+    });
+    steps.counts += c;
+    return t;
+  });
 }
 
 std::string FilterNewsArticle(std::string text, size_t lastPieceLength, const Settings& settings,
-                              MessageSteps& steps) {
-  return Guarded("Filtering of a downloaded article", std::move(text), steps.counts,
-                 [&](std::string t, StepCounts& c) {
-                   if (settings.intBeginFilter == 1 && lastPieceLength < kFilterBeginPieceLimit) {
-                     t = Counted(c.beginLinesDisarmed, std::move(t),
-                                 [&](std::string x) { return steps.FilterBegin(std::move(x)); });
-                   }
-                   if (settings.intCharFiltering == 1)
-                     t = Counted(c.controlCharsBlanked, std::move(t), [&](std::string x) {
-                       return steps.FilterChars(std::move(x), settings.intCharFiltering);
-                     });
-                   return Counted(c.multipartsRelabelled, std::move(t),
-                                  [&](std::string x) { return steps.FixBoundary(std::move(x)); });
-                 });
+                              MessageSteps& steps, DownloadFiltering* filtering) {
+  return Guarded("Filtering of a downloaded article", std::move(text), [&](std::string t) {
+    StepNotes notes(filtering, steps.counts);
+    if (settings.intBeginFilter == 1 && lastPieceLength < kFilterBeginPieceLimit) {
+      t = notes.Run(DownloadStep::kBeginLines, std::move(t),
+                    [&](std::string s) { return steps.FilterBegin(std::move(s)); });
+    }
+    if (settings.intCharFiltering == 1) {
+      t = notes.Run(DownloadStep::kControlChars, std::move(t), [&](std::string s) {
+        return steps.FilterChars(std::move(s), settings.intCharFiltering);
+      });
+    }
+    t = notes.Run(DownloadStep::kMultipartRelabelled, std::move(t),
+                  [&](std::string s) { return steps.FixBoundary(std::move(s)); });
+    return notes.MarkListedSender(std::move(t), settings);
+  });
 }
 
-std::string FilterMailMessage(std::string text, const Settings& settings, MessageSteps& steps) {
-  return Guarded("Filtering of a downloaded mail", std::move(text), steps.counts,
-                 [&](std::string t, StepCounts& c) {
-                   if (settings.intAsianFilter == 1) {
-                     t = Counted(c.subjectsMarked, std::move(t), [&](std::string x) {
-                       return steps.MarkAsianSpam(std::move(x), settings.intAFPercentage,
-                                                  settings.intAFMin);
-                     });
-                   }
-                   return Counted(c.multipartsRelabelled, std::move(t),
-                                  [&](std::string x) { return steps.FixBoundary(std::move(x)); });
-                 });
+std::string FilterMailMessage(std::string text, const Settings& settings, MessageSteps& steps,
+                              DownloadFiltering* filtering) {
+  return Guarded("Filtering of a downloaded mail", std::move(text), [&](std::string t) {
+    StepNotes notes(filtering, steps.counts);
+    if (settings.intAsianFilter == 1) {
+      t = notes.Run(DownloadStep::kSubjectMarked, std::move(t), [&](std::string s) {
+        return steps.MarkAsianSpam(std::move(s), settings.intAFPercentage, settings.intAFMin);
+      });
+    }
+    t = notes.Run(DownloadStep::kMultipartRelabelled, std::move(t),
+                  [&](std::string s) { return steps.FixBoundary(std::move(s)); });
+    return notes.MarkListedSender(std::move(t), settings);
+  });
 }
 
 }  // namespace brindle

@@ -17,6 +17,7 @@ struct StepCounts {
   uint64_t beginLinesDisarmed = 0;
   uint64_t subjectsMarked = 0;
   uint64_t multipartsRelabelled = 0;
+  uint64_t sendersListed = 0;  // marked because the spammer list names them
 
   StepCounts& operator+=(const StepCounts& o) {
     headersReplaced += o.headersReplaced;
@@ -27,6 +28,7 @@ struct StepCounts {
     beginLinesDisarmed += o.beginLinesDisarmed;
     subjectsMarked += o.subjectsMarked;
     multipartsRelabelled += o.multipartsRelabelled;
+    sendersListed += o.sendersListed;
     return *this;
   }
 };

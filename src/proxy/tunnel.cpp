@@ -120,8 +120,11 @@ void CTunnel::StopServer(std::function<void()> done) {
 }
 
 ChannelTarget CTunnel::Target() const {
-  if (SSL) return {tType_, "127.0.0.1", srcSSLPort_, traffic_};
-  return {tType_, Server, static_cast<uint16_t>(DestPort), traffic_};
+  static const char* const kProtocol[] = {"NNTP", "POP3", "SMTP"};
+  std::string name = tType_ >= kTypeNntp && tType_ <= kTypeSmtp ? kProtocol[tType_] : "?";
+  name += " " + std::to_string(SrcPort) + " " + Server;
+  if (SSL) return {tType_, "127.0.0.1", srcSSLPort_, std::move(name), traffic_};
+  return {tType_, Server, static_cast<uint16_t>(DestPort), std::move(name), traffic_};
 }
 
 // Accepts only while a channel pair is free; otherwise new connections wait

@@ -36,7 +36,8 @@ std::string CountsJson(const StepCounts& c) {
          ",\"controlCharsBlanked\":" + Number(c.controlCharsBlanked) +
          ",\"beginLinesDisarmed\":" + Number(c.beginLinesDisarmed) +
          ",\"subjectsMarked\":" + Number(c.subjectsMarked) +
-         ",\"multipartsRelabelled\":" + Number(c.multipartsRelabelled) + "}";
+         ",\"multipartsRelabelled\":" + Number(c.multipartsRelabelled) +
+         ",\"sendersListed\":" + Number(c.sendersListed) + "}";
 }
 
 std::string StatusJson(const ui::StatusModel& s) {

@@ -58,6 +58,7 @@ const countNames = [
   ["referencesShortened", "References shortened"], ["signaturesAppended", "signatures appended"],
   ["controlCharsBlanked", "control characters blanked"], ["beginLinesDisarmed", "begin lines disarmed"],
   ["subjectsMarked", "subjects marked"], ["multipartsRelabelled", "multiparts relabelled"],
+  ["sendersListed", "senders on the spammer list marked"],
 ];
 
 function showStatus(s) {
