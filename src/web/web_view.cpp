@@ -3,6 +3,8 @@
 #include "core/language.h"
 #include "core/log.h"
 #include "proxy/proxy.h"
+#include "rewrite/filter_log.h"
+#include "rewrite/spammer_list_file.h"
 #include "ui/dry_run.h"
 #include "ui/status_model.h"
 #include "web/web_assets.h"
@@ -11,6 +13,9 @@
 
 namespace brindle::web {
 namespace {
+
+// How many lines of the filter log the status page shows.
+constexpr size_t kFilterLogShown = 20;
 
 // The recently transferred data is kept only while someone watches it.
 constexpr std::chrono::seconds kDisplayLinger{10};
@@ -119,6 +124,7 @@ WebResponse WebView::SignIn(const std::string& query) {
 WebResponse WebView::Get(const std::string& path, const std::string& query) {
   if (path == "/api/status") return Status();
   if (path == "/api/strings") return Strings();
+  if (path == "/api/filterlog") return FilterLog();
   if (path == "/api/options") return {200, "application/json", OptionsJson(*store_.Current()), {}};
   if (path == "/api/token") {
     const std::string page = UrlDecode(query.substr(query.rfind("page=", 0) == 0 ? 5 : 0));
@@ -144,6 +150,7 @@ WebResponse WebView::Post(const std::string& path, const WebRequest& request) {
     return Refused(403, "This page is out of date: reload it.");
   if (path == "/api/dryrun") return DryRunAnswer(form);
   if (path == "/api/language") return Language(form);
+  if (path == "/api/spammer") return AddToSpammers(Utf8ToCodePage(Field(form, "sender")));
   if (path == "/api/options")
     return {200, "application/json", ApplyOptions(form, store_, applier_), {}};
   return Refused(404, "No such action.");
@@ -193,6 +200,47 @@ WebResponse WebView::Language(const std::map<std::string, std::string>& form) {
   if (!item) return Refused(400, "Unknown language.");
   languages_.Click(*item);
   return Strings();
+}
+
+// The newest lines of the filter log, newest last, field by field.
+WebResponse WebView::FilterLog() {
+  const auto settings = store_.Current();
+  std::string json = "{\"lines\":[";
+  bool first = true;
+  if (!settings->strLog.empty()) {
+    for (const std::string& line : FilterLogTail(settings->strLog, kFilterLogShown)) {
+      auto entry = ParseFilterLogLine(line);
+      if (!entry) continue;
+      json += std::string(first ? "" : ",") +
+              "{\"time\":" + JsonString(CodePageToUtf8(entry->time)) +
+              ",\"tunnel\":" + JsonString(CodePageToUtf8(entry->tunnel)) +
+              ",\"sender\":" + JsonString(CodePageToUtf8(entry->sender)) +
+              ",\"subject\":" + JsonString(CodePageToUtf8(entry->subject)) +
+              ",\"changes\":" + JsonString(entry->changes.Names()) + "}";
+      first = false;
+    }
+  }
+  return {200, "application/json", json + "]}", {}};
+}
+
+WebResponse WebView::AddToSpammers(const std::string& sender) {
+  const auto settings = store_.Current();
+  if (settings->strSpammers.empty()) return Refused(409, "No spammer list is set.");
+  const char* result = "failed";
+  switch (AddSpammer(settings->strSpammers, sender)) {
+    case AddSpammerResult::kAdded:
+      result = "added";
+      break;
+    case AddSpammerResult::kAlreadyListed:
+      result = "already listed";
+      break;
+    case AddSpammerResult::kNotAnEntry:
+      result = "not an address";
+      break;
+    case AddSpammerResult::kNotSaved:
+      break;
+  }
+  return {200, "application/json", std::string("{\"result\":\"") + result + "\"}", {}};
 }
 
 }  // namespace brindle::web

@@ -63,6 +63,8 @@ class WebView {
   WebResponse Strings();
   WebResponse DryRunAnswer(const std::map<std::string, std::string>& form);
   WebResponse Language(const std::map<std::string, std::string>& form);
+  WebResponse FilterLog();
+  WebResponse AddToSpammers(const std::string& sender);
   void KeepDisplayOn();
 
   Proxy& proxy_;

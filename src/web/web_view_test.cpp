@@ -4,6 +4,8 @@
 
 #include <atomic>
 #include <filesystem>
+#include <fstream>
+#include <sstream>
 #include <thread>
 
 #include <gtest/gtest.h>
@@ -13,12 +15,22 @@
 
 #include "proxy/proxy.h"
 #include "proxy/step_counts.h"
+#include "rewrite/filter_log.h"
+#include "rewrite/spammer_list.h"
+#include "rewrite/spammer_list_file.h"
 #include "web/web_server.h"
 
 namespace brindle::web {
 namespace {
 
 constexpr uint16_t kPort = 8119;
+
+std::string ReadFile(const std::string& path) {
+  std::ifstream in(path, std::ios::binary);
+  std::stringstream text;
+  text << in.rdbuf();
+  return text.str();
+}
 const std::string kHost = "127.0.0.1:8119";
 
 class WebViewTest : public ::testing::Test {
@@ -139,6 +151,32 @@ TEST_F(WebViewTest, DryRunShowsTheRewrittenArticleWithChangedLinesMarked) {
       << r.body;
   EXPECT_NE(r.body.find("{\"text\":\"body\",\"changed\":false}"), std::string::npos) << r.body;
   EXPECT_EQ(proxy_.Counts().headersReplaced, 0u);  // a dry run is not traffic
+}
+
+// The status page shows the filter log's newest lines and adds a sender
+// from one of them to the spammer list.
+TEST_F(WebViewTest, FilterLogLinesAndAddingTheirSenderToTheList) {
+  const auto dir = std::filesystem::temp_directory_path() / ("brindle-web-log-" + MakeSecret());
+  std::filesystem::create_directories(dir);
+  Settings s;
+  s.strLog = (dir / "filtered.log").string();
+  s.strSpammers = (dir / "spammers.txt").string();
+  store_.Replace(s);
+  FilterLogEntry entry{"2026-11-23 15:40:02", "NNTP 1119 news", "<a@b>",
+                       "joe@spam.example",    "Cheap",          {}};
+  entry.changes.Add(DownloadStep::kSubjectMarked);
+  ASSERT_TRUE(AppendFilterLog(s.strLog, FilterLogLine(entry)));
+
+  const std::string log = view_.Handle(Get("/api/filterlog")).body;
+  EXPECT_NE(log.find("\"sender\":\"joe@spam.example\""), std::string::npos) << log;
+  EXPECT_NE(log.find("\"changes\":\"subject marked\""), std::string::npos) << log;
+
+  EXPECT_EQ(view_.Handle(Post("/api/spammer", "status", "sender=joe%40spam.example")).body,
+            "{\"result\":\"added\"}");
+  EXPECT_EQ(view_.Handle(Post("/api/spammer", "status", "sender=joe%40spam.example")).body,
+            "{\"result\":\"already listed\"}");
+  EXPECT_TRUE(SpammerList::Parse(ReadFile(s.strSpammers)).Matches("joe@spam.example"));
+  std::filesystem::remove_all(dir);
 }
 
 TEST(WebSecretTest, KeptOwnerOnly) {

@@ -90,9 +90,31 @@ function showStatus(s) {
   document.getElementById("recent").textContent = s.recent;
 }
 
+async function addSpammer(sender) {
+  try {
+    const answer = await post("/api/spammer", "status", { sender: sender });
+    document.getElementById("spammer-result").textContent = sender + ": " + answer.result;
+  } catch (e) {
+    showError(e.message);
+  }
+}
+
+function showFilterLog(log) {
+  fillTable("filter-log", log.lines.slice().reverse(), (row, l) => {
+    for (const text of [l.time, l.tunnel, l.sender, l.subject, l.changes]) cell(row, text);
+    if (!l.sender) return;
+    const add = document.createElement("button");
+    add.type = "button";
+    add.textContent = "add sender to the list";
+    add.addEventListener("click", () => addSpammer(l.sender));
+    row.insertCell().append(add);
+  });
+}
+
 async function pollStatus() {
   try {
     showStatus(await getJson("/api/status"));
+    showFilterLog(await getJson("/api/filterlog"));
     showError("");
   } catch (e) {
     showError(e.message);
