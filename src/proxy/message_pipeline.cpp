@@ -1,9 +1,13 @@
 #include "proxy/message_pipeline.h"
 
+#include <algorithm>
 #include <exception>
+#include <vector>
 
 #include "core/log.h"
 #include "rewrite/downloaded_headers.h"
+#include "rewrite/fast_find.h"
+#include "rewrite/incoming_filters.h"
 #include "rewrite/spammer_mark.h"
 
 namespace brindle {
@@ -33,20 +37,51 @@ std::string Counted(uint64_t& tally, std::string t, Step&& step) {
   return t;
 }
 
-// Notes which steps of a downloaded message change its text, and counts them
-// in `counts` once the message is through. Without a record to fill it only
-// runs them, so nothing is copied for the comparison.
+// Notes which steps of a downloaded message change its text, without
+// copying a large message for any step: a step that inserts or shortens
+// (subject mark, multipart relabelling) changes the text exactly when it
+// changes its length; blanking control characters changes it exactly when
+// it holds one; the uuencode check edits only the byte before a "begin "
+// (a doubled CR made a line end) and the blank after it (disarmed), so only
+// those are remembered and compared. Without a record the steps only run.
+// Once the message is through, the steps it changed are added to `counts`.
 class StepNotes {
  public:
   StepNotes(DownloadFiltering* filtering, StepCounts& counts)
       : filtering_(filtering), counts_(counts) {}
 
   template <typename Step>
-  std::string Run(DownloadStep which, std::string text, Step&& step) {
+  std::string BeginLines(std::string text, Step&& step) {
     if (!filtering_) return step(std::move(text));
-    std::string before = text;
+    struct Spot {
+      size_t at;
+      char before, blank;
+    };
+    std::vector<Spot> spots;
+    for (size_t at = FastFind(text, "begin "); at != std::string::npos;
+         at = FastFind(text, "begin ", at + 1))
+      spots.push_back({at, at > 0 ? text[at - 1] : '\0', text[at + 5]});
+    const size_t size = text.size();
     std::string after = step(std::move(text));
-    if (after != before) changes_.Add(which);
+    const bool changed =
+        after.size() != size || std::any_of(spots.begin(), spots.end(), [&](const Spot& s) {
+          return (s.at > 0 && after[s.at - 1] != s.before) || after[s.at + 5] != s.blank;
+        });
+    if (changed) changes_.Add(DownloadStep::kBeginLines);
+    return after;
+  }
+
+  template <typename Step>
+  std::string ControlChars(std::string text, Step&& step) {
+    if (filtering_ && HasFilteredControls(text)) changes_.Add(DownloadStep::kControlChars);
+    return step(std::move(text));
+  }
+
+  template <typename Step>
+  std::string Resizing(DownloadStep which, std::string text, Step&& step) {
+    const size_t before = text.size();
+    std::string after = step(std::move(text));
+    if (after.size() != before) changes_.Add(which);
     return after;
   }
 
@@ -113,16 +148,16 @@ std::string FilterNewsArticle(std::string text, size_t lastPieceLength, const Se
   return Guarded("Filtering of a downloaded article", std::move(text), [&](std::string t) {
     StepNotes notes(filtering, steps.counts);
     if (settings.intBeginFilter == 1 && lastPieceLength < kFilterBeginPieceLimit) {
-      t = notes.Run(DownloadStep::kBeginLines, std::move(t),
-                    [&](std::string s) { return steps.FilterBegin(std::move(s)); });
+      t = notes.BeginLines(std::move(t),
+                           [&](std::string s) { return steps.FilterBegin(std::move(s)); });
     }
     if (settings.intCharFiltering == 1) {
-      t = notes.Run(DownloadStep::kControlChars, std::move(t), [&](std::string s) {
+      t = notes.ControlChars(std::move(t), [&](std::string s) {
         return steps.FilterChars(std::move(s), settings.intCharFiltering);
       });
     }
-    t = notes.Run(DownloadStep::kMultipartRelabelled, std::move(t),
-                  [&](std::string s) { return steps.FixBoundary(std::move(s)); });
+    t = notes.Resizing(DownloadStep::kMultipartRelabelled, std::move(t),
+                       [&](std::string s) { return steps.FixBoundary(std::move(s)); });
     return notes.MarkListedSender(std::move(t), settings);
   });
 }
@@ -132,12 +167,12 @@ std::string FilterMailMessage(std::string text, const Settings& settings, Messag
   return Guarded("Filtering of a downloaded mail", std::move(text), [&](std::string t) {
     StepNotes notes(filtering, steps.counts);
     if (settings.intAsianFilter == 1) {
-      t = notes.Run(DownloadStep::kSubjectMarked, std::move(t), [&](std::string s) {
+      t = notes.Resizing(DownloadStep::kSubjectMarked, std::move(t), [&](std::string s) {
         return steps.MarkAsianSpam(std::move(s), settings.intAFPercentage, settings.intAFMin);
       });
     }
-    t = notes.Run(DownloadStep::kMultipartRelabelled, std::move(t),
-                  [&](std::string s) { return steps.FixBoundary(std::move(s)); });
+    t = notes.Resizing(DownloadStep::kMultipartRelabelled, std::move(t),
+                       [&](std::string s) { return steps.FixBoundary(std::move(s)); });
     return notes.MarkListedSender(std::move(t), settings);
   });
 }

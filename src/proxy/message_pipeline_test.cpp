@@ -54,10 +54,15 @@ TEST(MessagePipelineTest, RecordNamesTheStepsThatChangedTheText) {
   const std::string signedPart = "Content-Type: multipart/signed; boundary=\"b\"\r\n";
   MessageSteps steps;  // counts of its own
   DownloadFiltering article;
-  FilterNewsArticle("220 1\r\nFrom: a@b\r\n" + signedPart + "\r\nx\x01y\r\n.\r\n", 5, s, steps,
-                    &article);
-  EXPECT_EQ(article.changes.Names(), "control characters, multipart relabelled");
+  FilterNewsArticle(
+      "220 1\r\nFrom: a@b\r\n" + signedPart + "\r\nx\x01y\r\nbegin 644 f\r\nM\r\n.\r\n", 5, s,
+      steps, &article);
+  EXPECT_EQ(article.changes.Names(), "control characters, begin lines, multipart relabelled");
   EXPECT_EQ(article.sender, "a@b");
+  DownloadFiltering intact;  // a well-formed block stays as it is
+  FilterNewsArticle("220 1\r\n\r\nbegin 644 f\r\nM\r\n`\r\nend\r\n.\r\n", 5, s,
+                    DefaultMessageSteps(), &intact);
+  EXPECT_FALSE(intact.changes.Any());
 
   const SpammerList list = SpammerList::Parse("a@b\n");
   DownloadFiltering mail(&list);
