@@ -23,7 +23,7 @@ bool LoadToolSettings(const std::optional<std::string>& dir, Settings& s, std::s
   std::ifstream in(path, std::ios::binary);
   if (!in) return true;
   const std::string bytes{std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
-  LoadSettings(bytes, s, TunnelSink{});
+  LoadSettings(bytes, s);
   return true;
 }
 

@@ -32,13 +32,12 @@ class HeadlessProgram {
   explicit HeadlessProgram(const HeadlessConfig& config)
       : config_(config),
         children_(io_),
-        stopSignals_(io_, SIGINT, SIGTERM),
+        stopSignals_(io_),
         proxy_(io_, store_, ProxyOptions{config.companionControlPort}),
         services_(io_, proxy_, store_, Hooks()),
         companionTimer_(io_) {}
 
   int Run() {
-    WaitForStopSignal();
     asio::post(io_, [this] {
       RunLoadSequence(services_, [this](std::optional<StartupReport> report) { Loaded(report); });
     });
@@ -52,9 +51,8 @@ class HeadlessProgram {
     hooks.companionFileName = kCompanionFile;
     hooks.launchCompanion = [this] { return LaunchCompanion(); };
     hooks.defaultLanguage = [] { return UserLanguage(); };
-    hooks.loadSettings = [this](int16_t language, const ProgramHooks::ProgressSink& sink) {
-      return FindSettings(config_.programDir, config_.settingsDir, language, sink);
-    };
+    hooks.settingsPlaces = {config_.settingsDir, config_.programDir};
+    hooks.stopLoading = config_.stopRequested;
     return hooks;
   }
 
@@ -80,18 +78,26 @@ class HeadlessProgram {
   }
 
   void Loaded(const std::optional<StartupReport>& report) {
+    TakeStopSignals();
     if (!report) {  // the companion is missing; its box has been shown
       exitStatus_ = 1;
       Finish();
       return;
     }
-    loaded_ = true;
     const std::string summary =
         StartupSummary(*report, kCompanionFile, config_.companionControlPort);
     std::fputs(summary.c_str(), stderr);
     std::fflush(stderr);
-    if (stopRequested_) return ShutDown();
+    if (config_.stopRequested && config_.stopRequested->load()) return ShutDown();
     if (!config_.client.empty()) StartClient();
+  }
+
+  // Added before the flag is looked at, so a signal is either seen in the
+  // flag or arrives through the event loop.
+  void TakeStopSignals() {
+    stopSignals_.add(SIGINT);
+    stopSignals_.add(SIGTERM);
+    WaitForStopSignal();
   }
 
   void StartClient() {
@@ -120,11 +126,6 @@ class HeadlessProgram {
       if (client_ > 0 && !signalForwarded_) {
         signalForwarded_ = true;
         kill(client_, signal);
-        WaitForStopSignal();
-        return;
-      }
-      if (!loaded_) {
-        stopRequested_ = true;  // start-up finishes first, then shuts down
         WaitForStopSignal();
         return;
       }
@@ -179,8 +180,6 @@ class HeadlessProgram {
   asio::steady_timer companionTimer_;
   pid_t companion_ = -1;
   pid_t client_ = -1;
-  bool loaded_ = false;
-  bool stopRequested_ = false;
   bool signalForwarded_ = false;
   bool closing_ = false;
   bool finished_ = false;

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <filesystem>
 #include <fstream>
 #include <random>
@@ -59,10 +60,10 @@ TEST(SettingsMigrationTest, FileInTheSettingsFolderWinsOverOlderOnes) {
   WriteFile(JoinPath(settingsDir, "OE_Brindle.ini"), "WrapText=70\r\n");
   WriteFile(tmp.Path("OE_Brindle.ini"), kOldFile);
 
-  FoundSettings found = FindAndLoadSettings(settingsDir, tmp.Path(), kLangEnglish, nullptr);
+  LoadedSettings found = FindAndLoadSettings({settingsDir, tmp.Path()}, kLangEnglish, nullptr);
   EXPECT_EQ(found.source, SettingsSource::kSettingsFolder);
   EXPECT_EQ(found.settings.intWrap, 70);
-  EXPECT_EQ(found.readPath, JoinPath(settingsDir, "OE_Brindle.ini"));
+  EXPECT_EQ(found.sourceFile, JoinPath(settingsDir, "OE_Brindle.ini"));
   EXPECT_TRUE(fs::exists(tmp.Path("OE_Brindle.ini")));
 }
 
@@ -74,8 +75,9 @@ TEST(SettingsMigrationTest, FileBesideTheProgramMovesIntoANewSettingsFolder) {
   WriteFile(JoinPath(programDir, "OE_Brindle.ini"), kOldFile);
 
   std::vector<TunnelRecord> sunk;
-  FoundSettings found = FindAndLoadSettings(settingsDir, programDir, kLangEnglish,
-                                            [&](const TunnelRecord& r) { sunk.push_back(r); });
+  LoadedSettings found =
+      FindAndLoadSettings({settingsDir, programDir}, kLangEnglish,
+                          [&](const TunnelRecord& r, const Settings&) { sunk.push_back(r); });
   EXPECT_EQ(found.source, SettingsSource::kProgramFolder);
   EXPECT_EQ(found.settings.intWrap, 60);
   EXPECT_EQ(found.settings.intLanguage, kLangPolish);
@@ -89,7 +91,7 @@ TEST(SettingsMigrationTest, FileBesideTheProgramMovesIntoANewSettingsFolder) {
   EXPECT_EQ(found.settings.strSpammers, JoinPath(settingsDir, "spammers.txt"));
 
   // The next start reads the moved file and gets the same settings back.
-  FoundSettings next = FindAndLoadSettings(settingsDir, programDir, kLangEnglish, nullptr);
+  LoadedSettings next = FindAndLoadSettings({settingsDir, programDir}, kLangEnglish, nullptr);
   EXPECT_EQ(next.source, SettingsSource::kSettingsFolder);
   EXPECT_EQ(SettingsFileText(next.settings), written);
 }
@@ -100,7 +102,7 @@ TEST(SettingsMigrationTest, OldestFileIsReadButTheUnderscoreNameIsDeleted) {
   WriteFile(tmp.Path("OE Bulwark.ini"), kOldFile);
   WriteFile(tmp.Path("OE_Bulwark.ini"), "WrapText=1\r\n");
 
-  FoundSettings found = FindAndLoadSettings(settingsDir, tmp.Path(), kLangEnglish, nullptr);
+  LoadedSettings found = FindAndLoadSettings({settingsDir, tmp.Path()}, kLangEnglish, nullptr);
   EXPECT_EQ(found.source, SettingsSource::kOldestName);
   EXPECT_EQ(found.settings.intWrap, 60);
   EXPECT_TRUE(fs::exists(JoinPath(settingsDir, "OE_Brindle.ini")));
@@ -111,7 +113,7 @@ TEST(SettingsMigrationTest, OldestFileIsReadButTheUnderscoreNameIsDeleted) {
 TEST(SettingsMigrationTest, WithoutASettingsFolderTheOldFileStaysAndIsRewritten) {
   TempFolder tmp;
   WriteFile(tmp.Path("OE_Brindle.ini"), kOldFile);
-  FoundSettings found = FindAndLoadSettings("", tmp.Path(), kLangEnglish, nullptr);
+  LoadedSettings found = FindAndLoadSettings({"", tmp.Path()}, kLangEnglish, nullptr);
   EXPECT_EQ(found.source, SettingsSource::kProgramFolder);
   EXPECT_EQ(found.settings.strIniPath, "");
   EXPECT_EQ(ReadFile(tmp.Path("OE_Brindle.ini")), SettingsFileText(found.settings));
@@ -120,7 +122,7 @@ TEST(SettingsMigrationTest, WithoutASettingsFolderTheOldFileStaysAndIsRewritten)
 TEST(SettingsMigrationTest, NoFileLeavesTheDefaultsAndWritesNothing) {
   TempFolder tmp;
   std::string settingsDir = tmp.Path("OE Brindle");
-  FoundSettings found = FindAndLoadSettings(settingsDir, tmp.Path(), kLangFrench, nullptr);
+  LoadedSettings found = FindAndLoadSettings({settingsDir, tmp.Path()}, kLangFrench, nullptr);
   EXPECT_EQ(found.source, SettingsSource::kDefaults);
   EXPECT_EQ(found.settings.intLanguage, kLangFrench);
   EXPECT_EQ(found.settings.strSpammerAddress, kDefaultSpammerAddress);
@@ -136,11 +138,24 @@ TEST(SettingsMigrationTest, AFailedSaveIsLoggedAndKeepsTheOldFile) {
   WriteFile(tmp.Path("OE_Brindle.ini"), kOldFile);
 
   log::Capture capture;
-  FoundSettings found = FindAndLoadSettings(settingsDir, tmp.Path(), kLangEnglish, nullptr);
+  LoadedSettings found = FindAndLoadSettings({settingsDir, tmp.Path()}, kLangEnglish, nullptr);
   EXPECT_EQ(found.settings.intWrap, 60);
   EXPECT_TRUE(fs::exists(tmp.Path("OE_Brindle.ini")));
   EXPECT_TRUE(capture.Contains("cannot create the settings folder"));
   EXPECT_FALSE(SaveSettings2Ini(found.settings));
+}
+
+TEST(SettingsMigrationTest, AStoppedLoadMovesNothing) {
+  TempFolder tmp;
+  std::string settingsDir = tmp.Path("OE Brindle");
+  WriteFile(tmp.Path("OE_Brindle.ini"), kOldFile);
+  std::atomic<bool> stop{true};
+  LoadedSettings found =
+      FindAndLoadSettings({settingsDir, tmp.Path()}, kLangEnglish, nullptr, &stop);
+  EXPECT_TRUE(found.stopped);
+  EXPECT_FALSE(found.Migrated());
+  EXPECT_EQ(ReadFile(tmp.Path("OE_Brindle.ini")), kOldFile);
+  EXPECT_FALSE(fs::exists(JoinPath(settingsDir, "OE_Brindle.ini")));
 }
 
 TEST(SettingsMigrationTest, SavingReplacesTheFileWholeAndLeavesNoTemporary) {
