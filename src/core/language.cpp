@@ -4,6 +4,7 @@
 #include <array>
 #include <charconv>
 
+#include "core/text.h"
 #include "resources/language_tables.h"
 
 namespace brindle {
@@ -35,15 +36,6 @@ const resources::LanguageTable* TableOf(int16_t base) {
 
 const resources::LanguageTable& EnglishTable() {
   return *TableOf(kLangEnglish);
-}
-
-char Lower(char c) {
-  return (c >= 'A' && c <= 'Z') ? static_cast<char>(c - 'A' + 'a') : c;
-}
-
-bool SameIgnoringCase(std::string_view a, std::string_view b) {
-  return std::equal(a.begin(), a.end(), b.begin(), b.end(),
-                    [](char x, char y) { return Lower(x) == Lower(y); });
 }
 
 // "pl_PL.UTF-8" -> "pl"; "de_DE@euro" -> "de"; "C" -> "c".
@@ -90,7 +82,7 @@ std::string_view TwoLetterCode(int16_t base) {
 
 std::optional<int16_t> BaseFromTwoLetterCode(std::string_view code) {
   for (const auto& names : kNames) {
-    if (SameIgnoringCase(code, names.settingsCode)) return names.base;
+    if (EqualsNoCase(code, names.settingsCode)) return names.base;
   }
   return std::nullopt;
 }
@@ -110,7 +102,7 @@ int16_t LanguageBaseFromIdentifier1000(std::string_view text) {
 int16_t LanguageBaseForLocale(std::string_view locale) {
   std::string_view language = LocaleLanguage(locale);
   for (const auto& names : kNames) {
-    if (SameIgnoringCase(language, names.localeCode)) {
+    if (EqualsNoCase(language, names.localeCode)) {
       return LanguageBaseFromIdentifier1000(TableOf(names.base)->identifier1000);
     }
   }

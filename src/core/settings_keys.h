@@ -39,6 +39,4 @@ std::optional<int16_t> LanguageFromFileCode(std::string_view code);
 // (Spanish included), in which case the line is left unfinished.
 std::string_view WrittenLanguageCode(int16_t base);
 
-bool EqualsNoCase(std::string_view a, std::string_view b);
-
 }  // namespace brindle::ini

@@ -11,6 +11,7 @@
 #include "core/settings_file.h"
 #include "core/settings_keys.h"
 #include "core/settings_number.h"
+#include "core/text.h"
 
 namespace brindle {
 namespace {
