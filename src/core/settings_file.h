@@ -9,6 +9,7 @@
 
 #include "core/settings.h"
 #include "core/settings_lines.h"
+#include "core/status.h"
 
 namespace brindle {
 
@@ -29,9 +30,9 @@ std::string SettingsTargetPath(const Settings& s, const std::string& programDir)
 
 // Writes the file to path, creating its folder when missing, and replaces
 // the old file only once the new one is complete. A failure is logged.
-bool WriteSettingsFile(const Settings& s, const std::string& path);
+Status WriteSettingsFile(const Settings& s, const std::string& path);
 
 // Writes the whole file to s.strIniPath (or beside the program, see above).
-bool SaveSettings2Ini(const Settings& s);
+Status SaveSettings2Ini(const Settings& s);
 
 }  // namespace brindle

@@ -1,7 +1,5 @@
 #include "core/settings_migration.h"
 
-#include <optional>
-
 #include "core/log.h"
 #include "core/settings_defaults.h"
 #include "core/settings_file.h"
@@ -15,9 +13,9 @@ using namespace ini;
 
 bool LoadFile(const std::string& path, SettingsSource source, const TunnelSink& sink,
               const std::atomic<bool>* stop, LoadedSettings& loaded) {
-  std::optional<std::string> bytes = ReadFileBytes(path);
-  if (!bytes) {
-    log::Warning("cannot read the settings file \"" + path + "\"; defaults are used");
+  Expected<std::string> bytes = ReadFileBytes(path);
+  if (!bytes.ok()) {
+    log::Warning(bytes.status().message() + "; the settings file is not read, defaults are used");
     return false;
   }
   loaded.stopped = !LoadSettings(*bytes, loaded.settings, sink, stop);
@@ -31,7 +29,7 @@ bool LoadFile(const std::string& path, SettingsSource source, const TunnelSink& 
 // settings folder (without one, the new file is the old one).
 void MoveBesideProgram(const Settings& s, const std::string& programDir,
                        const std::string& oldPath) {
-  if (!WriteSettingsFile(s, SettingsTargetPath(s, programDir))) return;
+  if (!WriteSettingsFile(s, SettingsTargetPath(s, programDir)).ok()) return;
   if (s.strIniPath.empty() || !FileExists(oldPath)) return;
   if (!RemoveFile(oldPath)) log::Warning("cannot delete the old settings file \"" + oldPath + "\"");
 }
@@ -47,6 +45,12 @@ LoadedSettings FindAndLoadSettings(const SettingsPlaces& places, int16_t default
   }
   loaded.settings = DefaultSettings(settingsDir, defaultLanguage);
   const std::string& iniPath = loaded.settings.strIniPath;
+  // A save killed half-way leaves its temporary file (of any size) behind;
+  // the settings file itself is whole.
+  if (!iniPath.empty() && FileExists(iniPath + ".new")) {
+    if (RemoveFile(iniPath + ".new"))
+      log::Info("removed an unfinished save \"" + iniPath + ".new\"");
+  }
   if (!iniPath.empty() && FileExists(iniPath)) {
     LoadFile(iniPath, SettingsSource::kSettingsFolder, sink, stop, loaded);
     return loaded;

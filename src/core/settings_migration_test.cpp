@@ -59,12 +59,14 @@ TEST(SettingsMigrationTest, FileInTheSettingsFolderWinsOverOlderOnes) {
   fs::create_directory(settingsDir);
   WriteFile(JoinPath(settingsDir, "OE_Brindle.ini"), "WrapText=70\r\n");
   WriteFile(tmp.Path("OE_Brindle.ini"), kOldFile);
+  WriteFile(JoinPath(settingsDir, "OE_Brindle.ini.new"), "an unfinished save");
 
   LoadedSettings found = FindAndLoadSettings({settingsDir, tmp.Path()}, kLangEnglish, nullptr);
   EXPECT_EQ(found.source, SettingsSource::kSettingsFolder);
   EXPECT_EQ(found.settings.intWrap, 70);
   EXPECT_EQ(found.sourceFile, JoinPath(settingsDir, "OE_Brindle.ini"));
   EXPECT_TRUE(fs::exists(tmp.Path("OE_Brindle.ini")));
+  EXPECT_FALSE(fs::exists(JoinPath(settingsDir, "OE_Brindle.ini.new")));
 }
 
 TEST(SettingsMigrationTest, FileBesideTheProgramMovesIntoANewSettingsFolder) {
@@ -142,7 +144,7 @@ TEST(SettingsMigrationTest, AFailedSaveIsLoggedAndKeepsTheOldFile) {
   EXPECT_EQ(found.settings.intWrap, 60);
   EXPECT_TRUE(fs::exists(tmp.Path("OE_Brindle.ini")));
   EXPECT_TRUE(capture.Contains("cannot create the settings folder"));
-  EXPECT_FALSE(SaveSettings2Ini(found.settings));
+  EXPECT_FALSE(SaveSettings2Ini(found.settings).ok());
 }
 
 TEST(SettingsMigrationTest, AStoppedLoadMovesNothing) {
@@ -163,7 +165,8 @@ TEST(SettingsMigrationTest, SavingReplacesTheFileWholeAndLeavesNoTemporary) {
   Settings s = DefaultSettings(tmp.Path(), kLangEnglish);
   s.strXMailer = "\xb9\xe6 mailer";
   WriteFile(s.strIniPath, std::string(100000, 'x'));  // longer than the new file
-  ASSERT_TRUE(SaveSettings2Ini(s));
+  WriteFile(s.strIniPath + ".new", "left by a save that was killed");
+  ASSERT_TRUE(SaveSettings2Ini(s).ok());
   EXPECT_EQ(ReadFile(s.strIniPath), SettingsFileText(s));
   std::vector<std::string> names;
   for (const auto& e : fs::directory_iterator(tmp.Path()))
