@@ -2,6 +2,7 @@
 
 #include <array>
 
+#include "core/language.h"
 #include "core/text.h"
 
 namespace brindle::ini {
@@ -54,18 +55,6 @@ const std::array kMiscKeys{
     MiscKey{"AutoBCC", R::kText, nullptr, &S::strBCCAddress},
 };
 
-struct LanguageName {
-  std::string_view code;
-  int16_t base;
-};
-
-// Written and read. Spanish has no entry here: it is read as "SP" only.
-constexpr std::array kLanguageCodes{
-    LanguageName{"PL", kLangPolish}, LanguageName{"EN", kLangEnglish},
-    LanguageName{"DE", kLangGerman}, LanguageName{"SI", kLangSlovenian},
-    LanguageName{"FR", kLangFrench},
-};
-
 }  // namespace
 
 std::span<const MiscKey> MiscKeys() {
@@ -80,19 +69,9 @@ const MiscKey* FindMiscKey(std::string_view key) {
   return nullptr;
 }
 
-std::optional<int16_t> LanguageFromFileCode(std::string_view code) {
-  for (const LanguageName& l : kLanguageCodes) {
-    if (EqualsNoCase(l.code, code)) return l.base;
-  }
-  if (EqualsNoCase("SP", code)) return kLangSpanish;
-  return std::nullopt;
-}
-
+// Spanish came after the writer: it is read as "SP" but never written.
 std::string_view WrittenLanguageCode(int16_t base) {
-  for (const LanguageName& l : kLanguageCodes) {
-    if (l.base == base) return l.code;
-  }
-  return {};
+  return base == kLangSpanish ? std::string_view{} : TwoLetterCode(base);
 }
 
 }  // namespace brindle::ini

@@ -7,6 +7,7 @@
 #include <optional>
 #include <string>
 
+#include "core/language.h"
 #include "core/log.h"
 #include "core/settings_file.h"
 #include "core/settings_keys.h"
@@ -282,7 +283,7 @@ void SettingsLoader::ApplyMiscRule(const ini::MiscKey& k, std::string_view value
     }
     case MiscRule::kLanguage:
       // An unknown code leaves the language at its default.
-      if (std::optional<int16_t> base = LanguageFromFileCode(value)) s_.*k.number = *base;
+      if (std::optional<int16_t> base = BaseFromTwoLetterCode(value)) s_.*k.number = *base;
       return;
   }
 }
