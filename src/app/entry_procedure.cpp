@@ -1,8 +1,6 @@
 #include "app/entry_procedure.h"
 
 #include <algorithm>
-#include <cstdlib>
-#include <ctime>
 #include <vector>
 
 #include "app/milestones.h"
@@ -107,7 +105,6 @@ std::optional<std::string> FindClientLibrary(ClientHostSystem& system, bool wind
 
 int RunEntryProcedure(ClientHostSystem& system, MainForm& form, const EntryArguments& arguments) {
   if (const auto status = Refusal(system)) return *status;
-  std::srand(static_cast<unsigned>(std::time(nullptr)));
   if (!form.Load()) return 1;
 
   const auto library = FindClientLibrary(system, WindowsMailSystem(system));
