@@ -62,14 +62,14 @@ class HeadlessProgram {
     std::vector<std::string> args;
     if (config_.companionPortMoved)
       args = {"--control-port", std::to_string(config_.companionControlPort)};
-    std::string error;
     // Its own process group: a Ctrl-C meant for us must not end the companion
     // before the routes are withdrawn and QUIT is sent.
-    companion_ = SpawnProcess(path, args, false, error, /*ownProcessGroup=*/true);
-    if (companion_ < 0) {
-      log::Error(error);
+    Expected<pid_t> spawned = SpawnProcess(path, args, false, /*ownProcessGroup=*/true);
+    if (!spawned.ok()) {
+      log::Error(spawned.status().message());
       return false;
     }
+    companion_ = *spawned;
     children_.Watch(companion_, [this](int status) {
       if (!closing_) log::Warning("companion ended early, status " + std::to_string(status));
       CompanionGone();
@@ -102,13 +102,13 @@ class HeadlessProgram {
 
   void StartClient() {
     std::vector<std::string> args(config_.client.begin() + 1, config_.client.end());
-    std::string error;
-    client_ = SpawnProcess(config_.client.front(), args, true, error);
-    if (client_ < 0) {
-      log::Error("cannot start the client: " + error);
+    Expected<pid_t> spawned = SpawnProcess(config_.client.front(), args, true);
+    if (!spawned.ok()) {
+      log::Error("cannot start the client: " + spawned.status().message());
       exitStatus_ = 127;
       return ShutDown();
     }
+    client_ = *spawned;
     children_.Watch(client_, [this](int status) {
       client_ = -1;
       exitStatus_ = status;

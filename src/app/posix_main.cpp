@@ -49,10 +49,9 @@ int main(int argc, char** argv) {
     std::printf("OE Brindle %s\n", BRINDLE_VERSION);
     return 0;
   }
-  std::string portError;
-  const auto port = app::CompanionPortOverride(std::getenv("BRINDLE_COMPANION_PORT"), portError);
-  if (!portError.empty()) {
-    std::fprintf(stderr, "brindle: %s\n", portError.c_str());
+  const auto port = app::CompanionPortOverride(std::getenv("BRINDLE_COMPANION_PORT"));
+  if (!port.ok()) {
+    std::fprintf(stderr, "brindle: %s\n", port.status().message().c_str());
     return 2;
   }
 
@@ -66,8 +65,8 @@ int main(int argc, char** argv) {
   config.settingsDir = options.settingsDir ? *options.settingsDir : app::DefaultSettingsFolder();
   config.client = options.client;
   config.stopRequested = &stopRequested;
-  if (port) {
-    config.companionControlPort = *port;
+  if (*port) {
+    config.companionControlPort = **port;
     config.companionPortMoved = true;
   }
   return app::RunHeadless(config);

@@ -52,9 +52,10 @@ class [[nodiscard]] Expected {
 
   bool ok() const { return value_.has_value(); }
   const Status& status() const { return status_; }
-  T& value() & { return *value_; }
-  const T& value() const& { return *value_; }
-  T&& value() && { return std::move(*value_); }
+  // Throws std::bad_optional_access when there is no value.
+  T& value() & { return value_.value(); }
+  const T& value() const& { return value_.value(); }
+  T&& value() && { return std::move(value_.value()); }
   T* operator->() { return &*value_; }
   const T* operator->() const { return &*value_; }
   T& operator*() & { return *value_; }
