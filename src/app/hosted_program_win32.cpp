@@ -5,6 +5,7 @@
 #include "app/settings_binding.h"
 #include "core/log.h"
 #include "core/message_box.h"
+#include "core/settings_paths.h"
 
 namespace brindle::app {
 
@@ -49,6 +50,8 @@ bool HostedProgram::Load() {
   ProgramHooks hooks;
   hooks.companionFileName = kCompanionFile;
   hooks.launchCompanion = [this] {
+    // The companion reads its SslBridge.conf from the settings folder in use.
+    ExportSettingsFolder(settingsDir_);
     return system_.ShellOpenHidden(programDir_ + "\\" + kCompanionFile);
   };
   hooks.defaultLanguage = [] { return UserLanguage(); };

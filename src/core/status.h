@@ -56,6 +56,7 @@ class [[nodiscard]] Expected {
   T& value() & { return value_.value(); }
   const T& value() const& { return value_.value(); }
   T&& value() && { return std::move(value_.value()); }
+  T value_or(T fallback) const& { return value_ ? *value_ : std::move(fallback); }
   T* operator->() { return &*value_; }
   const T* operator->() const { return &*value_; }
   T& operator*() & { return *value_; }
