@@ -6,6 +6,7 @@
 
 #include <atomic>
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -17,6 +18,7 @@ struct HeadlessConfig {
   std::vector<std::string> client;  // PROGRAM [ARGS...], or empty
   uint16_t companionControlPort = 5555;
   bool companionPortMoved = false;  // tell the companion its port
+  std::optional<uint16_t> webPort;  // the browser view's port, when the environment sets it
   // Set by SIGINT/SIGTERM until start-up is over (the event loop is busy
   // reading the settings and runs no signal handler meanwhile); the program
   // takes both signals itself from then on.

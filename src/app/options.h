@@ -26,5 +26,7 @@ std::string UsageText(const std::string& programName);
 // (BRINDLE_COMPANION_PORT); nothing when unset. A value that is not a port
 // number is an error.
 Expected<std::optional<uint16_t>> CompanionPortOverride(const char* value);
+// The same for any port variable (BRINDLE_WEB_PORT: the browser view's).
+Expected<std::optional<uint16_t>> PortOverride(const char* variable, const char* value);
 
 }  // namespace brindle::app

@@ -50,8 +50,10 @@ int main(int argc, char** argv) {
     return 0;
   }
   const auto port = app::CompanionPortOverride(std::getenv("BRINDLE_COMPANION_PORT"));
-  if (!port.ok()) {
-    std::fprintf(stderr, "brindle: %s\n", port.status().message().c_str());
+  const auto webPort = app::PortOverride("BRINDLE_WEB_PORT", std::getenv("BRINDLE_WEB_PORT"));
+  for (const Status& status : {port.status(), webPort.status()}) {
+    if (status.ok()) continue;
+    std::fprintf(stderr, "brindle: %s\n", status.message().c_str());
     return 2;
   }
 
@@ -65,6 +67,7 @@ int main(int argc, char** argv) {
   config.settingsDir = options.settingsDir ? *options.settingsDir : app::DefaultSettingsFolder();
   config.client = options.client;
   config.stopRequested = &stopRequested;
+  config.webPort = *webPort;
   if (*port) {
     config.companionControlPort = **port;
     config.companionPortMoved = true;
