@@ -135,7 +135,7 @@ class HeadlessProgram {
     if (!web::SaveSecret(config_.settingsDir, access_->Secret(), error))
       return "browser view: off, the key cannot be kept: " + error + "\n";
     view_.emplace(io_, proxy_, store_, *access_,
-                  [](const Settings& settings) { return SaveSettings2Ini(settings); });
+                  [](const Settings& settings) { return SaveSettings2Ini(settings).ok(); });
     web_.emplace(io_, *view_, port);
     if (!web_->Open(error)) {
       web_.reset();
