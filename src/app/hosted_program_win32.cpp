@@ -90,7 +90,7 @@ void HostedProgram::OpenUserInterface() {
       [this](std::function<void()> work) { window_.Post(std::move(work)); });
   applier_ = std::make_unique<ui::SettingsApplier>(store_, tunnelControl_.get());
   languageMenu_ = std::make_unique<LanguageMenu>(store_, languageWindows_,
-                                                 [](const Settings& s) { SaveSettings2Ini(s); });
+                                                 [](const Settings& s) { (void)SaveSettings2Ini(s); /* a failure is logged by the writer */ });
   optionsWindow_ =
       std::make_unique<ui::OptionsWindow>(*applier_, languageWindows_, tunnelControl_.get());
   ui::MainWindowActions actions;

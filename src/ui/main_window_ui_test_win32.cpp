@@ -56,7 +56,7 @@ class MainWindowUiTest : public ::testing::Test {
     store_ = std::make_unique<SettingsStore>(s);
     applier_ = std::make_unique<SettingsApplier>(*store_, nullptr);
     languages_ = std::make_unique<LanguageMenu>(*store_, windows_,
-                                                [](const Settings& s) { SaveSettings2Ini(s); });
+                                                [](const Settings& s) { (void)SaveSettings2Ini(s); /* a failure is logged by the writer */ });
     options_ = std::make_unique<OptionsWindow>(*applier_, windows_);
     MainWindowActions actions;
     actions.showClient = [this] { ++clientShown_; };
