@@ -14,6 +14,7 @@
 
 #include "core/event_log.h"
 #include "core/log.h"
+#include "localnet/control_key.h"
 #include "sslbridge/bridge.h"
 
 using namespace brindle;
@@ -74,6 +75,10 @@ int main(int argc, char** argv) {
     }
   }
   if (cl.controlPort) options.controlPort = *cl.controlPort;
+  if (const char* key = std::getenv(localnet::kControlKeyVariable); key && *key) {
+    options.controlKey = key;
+    unsetenv(localnet::kControlKeyVariable);  // nothing started from here needs it
+  }
   options.caFiles.insert(options.caFiles.end(), cl.caFiles.begin(), cl.caFiles.end());
   options.insecureHosts.insert(options.insecureHosts.end(), cl.insecureHosts.begin(),
                                cl.insecureHosts.end());
