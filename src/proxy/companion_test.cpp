@@ -79,10 +79,12 @@ TEST(CompanionLinkTest, CompanionThatNeverClosesCostsAtMostTheCloseWait) {
   FakeCompanion silent{io, false};
   auto link = std::make_shared<CompanionLink>(io, silent.Port());
   std::vector<std::string> finished;
-  link->Send(CompanionLink::DeleteRoute(1100), CompanionLink::kRouteConnectLimit,
-             [&](bool sent) { finished.push_back(sent ? "d sent" : "d lost"); });
-  link->Send(CompanionLink::Quit(), CompanionLink::kQuitConnectLimit,
-             [&](bool sent) { finished.push_back(sent ? "quit sent" : "quit lost"); });
+  link->Send(
+      CompanionLink::DeleteRoute(1100), CompanionLink::kRouteConnectLimit,
+      [&](bool sent, const std::string&) { finished.push_back(sent ? "d sent" : "d lost"); });
+  link->Send(
+      CompanionLink::Quit(), CompanionLink::kQuitConnectLimit,
+      [&](bool sent, const std::string&) { finished.push_back(sent ? "quit sent" : "quit lost"); });
   // Two exchanges, each held open by the companion: bounded by two close waits.
   ASSERT_TRUE(RunUntil(
       io, [&] { return finished.size() == 2; }, std::chrono::seconds(10)));

@@ -20,10 +20,13 @@ struct Proxy::Impl {
       : io(io),
         settings(settings),
         options(options),
-        companion(std::make_shared<CompanionLink>(io, options.companionControlPort)),
+        companion(std::make_shared<CompanionLink>(io, options.companionControlPort,
+                                                  options.companionKey)),
         channels(std::make_shared<ChannelRegistry>(
-            io, ChannelServices{settings, options.steps ? *options.steps : DefaultMessageSteps(),
-                                display})) {}
+            io,
+            ChannelServices{settings, options.steps ? *options.steps : DefaultMessageSteps(),
+                            display},
+            options.timeouts)) {}
 
   ~Impl() {
     channels->CloseAll();
@@ -94,6 +97,15 @@ void Proxy::ProbeCompanion(std::function<void(bool up)> done) {
   });
 }
 
+void Proxy::RestoreRoutes(std::function<void()> done) {
+  auto pending = std::make_shared<size_t>(impl_->tunnels.size() + 1);
+  auto one = [pending, done = std::move(done)] {
+    if (--*pending == 0 && done) done();
+  };
+  for (auto& tunnel : impl_->tunnels) tunnel->RestoreRoute(one);
+  asio::post(impl_->io, one);
+}
+
 void Proxy::CloseDown(std::function<void()> done) {
   impl_->channels->CloseAll();
   impl_->tunnels.clear();  // each stops; SSL tunnels queue their "d:" first
@@ -103,7 +115,7 @@ void Proxy::CloseDown(std::function<void()> done) {
   }
   impl_->quitSent = true;
   impl_->companion->Send(CompanionLink::Quit(), CompanionLink::kQuitConnectLimit,
-                         [done = std::move(done)](bool) {
+                         [done = std::move(done)](bool, const std::string&) {
                            if (done) done();
                          });
 }
