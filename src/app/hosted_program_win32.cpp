@@ -5,6 +5,7 @@
 #include "app/settings_binding.h"
 #include "core/log.h"
 #include "core/message_box.h"
+#include "localnet/control_key.h"
 
 namespace brindle::app {
 
@@ -49,7 +50,12 @@ bool HostedProgram::Load() {
   ProgramHooks hooks;
   hooks.companionFileName = kCompanionFile;
   hooks.launchCompanion = [this] {
-    return system_.ShellOpenHidden(programDir_ + "\\" + kCompanionFile);
+    // The key reaches the companion through the environment it inherits,
+    // and only it: the variable is gone again once it has started.
+    SetEnvironmentVariableA(localnet::kControlKeyVariable, options_.companionKey.c_str());
+    const bool started = system_.ShellOpenHidden(programDir_ + "\\" + kCompanionFile);
+    SetEnvironmentVariableA(localnet::kControlKeyVariable, nullptr);
+    return started;
   };
   hooks.defaultLanguage = [] { return UserLanguage(); };
   hooks.loadSettings = [this](int16_t language, const ProgramHooks::ProgressSink& sink) {
