@@ -4,8 +4,10 @@
 
 #include <cstdint>
 #include <optional>
+
 #include <string>
 #include <vector>
+#include "core/log.h"
 
 namespace brindle::app {
 
@@ -24,5 +26,10 @@ std::string UsageText(const std::string& programName);
 // (BRINDLE_COMPANION_PORT); nothing when unset. A value that is not a port
 // number is an error, reported in `error`.
 std::optional<uint16_t> CompanionPortOverride(const char* value, std::string& error);
+
+// BRINDLE_LOG_LEVEL: "debug", "info", "warning" or "error" (the least severe
+// entry that is logged; "info" by default); nothing when unset, an error for
+// any other word.
+std::optional<log::Level> LogLevelOverride(const char* value, std::string& error);
 
 }  // namespace brindle::app
