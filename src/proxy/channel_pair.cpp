@@ -124,7 +124,7 @@ void ChannelPair::Forward(Direction& d, size_t n) {
     return Ended("data", {});
   }
   if (d.out.empty()) return Pump(d);
-  if (d.fromClient && !serverOwes_) {
+  if (d.fromClient) {  // the server's answer is due within its limit of the client's last byte
     serverOwes_ = lastActivity_;
     Watch();
   }

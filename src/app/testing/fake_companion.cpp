@@ -66,6 +66,12 @@ int main(int argc, char** argv) {
     return 1;
   }
   const bool deaf = std::getenv("FAKE_COMPANION_DEAF") != nullptr;
+  if (const char* log = std::getenv("FAKE_COMPANION_LOG")) {  // where a test finds whom to kill
+    if (FILE* f = std::fopen((std::string(log) + ".pid").c_str(), "w")) {
+      std::fprintf(f, "%d\n", static_cast<int>(getpid()));
+      std::fclose(f);
+    }
+  }
   std::map<int, int> routes;  // port -> listening socket
   for (;;) {
     const int connection = accept(control, nullptr, nullptr);
