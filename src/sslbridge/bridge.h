@@ -20,11 +20,12 @@
 #include "localnet/accept_backoff.h"
 #include "sslbridge/bridge_options.h"
 #include "sslbridge/control_command.h"
-#include "sslbridge/tls_client.h"
+#include "sslbridge/tls_engine.h"
 
 namespace brindle::sslbridge {
 
 class Relay;
+struct RouteTarget;
 
 class Bridge {
  public:
@@ -56,13 +57,14 @@ class Bridge {
   std::string AddRoute(const ControlCommand& command);
   std::string DeleteRoute(uint16_t port);
   void AcceptOn(const std::shared_ptr<Route>& route);
+  std::shared_ptr<RouteTarget> NewTarget(const Route& route);
   // Warnings about the control port that anyone can cause: a few per minute.
   void ControlWarning(const std::string& text);
 
   asio::io_context& io_;
   BridgeOptions options_;
   std::vector<std::string> trustProblems_;  // filled while tls_ is built
-  TlsClientContext tls_;
+  std::unique_ptr<TlsEngine> tls_;
   asio::ip::tcp::acceptor control_;
   asio::steady_timer controlRetry_;
   localnet::AcceptBackoff controlBackoff_;
