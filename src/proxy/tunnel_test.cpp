@@ -84,11 +84,16 @@ TEST_F(TunnelTest, ConnectionBeyondTheHundredPairsWaitsAndIsThenServed) {
 
 TEST_F(TunnelTest, SilentPeersGiveTheirPairsBackButTransfersInProgressGoOn) {
   log::Capture log;
-  setenv("BRINDLE_CLIENT_IDLE_SECONDS", "2", 1);
-  setenv("BRINDLE_SERVER_WAIT_SECONDS", "1", 1);
+  // putenv works alike on both platforms; an empty value counts as unset.
+  static char idleOn[] = "BRINDLE_CLIENT_IDLE_SECONDS=2",
+              waitOn[] = "BRINDLE_SERVER_WAIT_SECONDS=1";
+  static char idleOff[] = "BRINDLE_CLIENT_IDLE_SECONDS=",
+              waitOff[] = "BRINDLE_SERVER_WAIT_SECONDS=";
+  putenv(idleOn);
+  putenv(waitOn);
   timeouts_ = ChannelTimeoutsFromEnvironment();
-  unsetenv("BRINDLE_CLIENT_IDLE_SECONDS");
-  unsetenv("BRINDLE_SERVER_WAIT_SECONDS");
+  putenv(idleOff);
+  putenv(waitOff);
   const uint16_t port = Tunnel(kTypeNntp, server_);
 
   // A server that trickles a long answer keeps its channel past both limits.
