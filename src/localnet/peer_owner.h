@@ -21,4 +21,8 @@ PeerOwner OwnerOfPeer(const asio::ip::tcp::socket& socket);
 
 const char* Describe(PeerOwner owner);
 
+// False where the system cannot name owners at all (Windows programs run by
+// Wine): every answer is then kUnknown and the control key alone decides.
+bool CanTellOwners();
+
 }  // namespace brindle::localnet

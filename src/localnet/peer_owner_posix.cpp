@@ -77,6 +77,10 @@ bool FindOwner(const char* table, const AddressBytes& peerAddr, uint16_t peerPor
 
 }  // namespace
 
+bool CanTellOwners() {
+  return true;
+}
+
 PeerOwner OwnerOfPeer(const tcp::socket& socket) {
   std::error_code ec1, ec2;
   const tcp::endpoint us = socket.local_endpoint(ec1);

@@ -16,6 +16,7 @@ namespace {
 using asio::ip::tcp;
 
 TEST(PeerOwner, BothEndsOfOurOwnLoopbackConnectionAreOurs) {
+  if (!CanTellOwners()) GTEST_SKIP() << "this system names no socket owners";
   for (const auto& loopback : {asio::ip::address(asio::ip::address_v4::loopback()),
                                asio::ip::address(asio::ip::address_v6::loopback())}) {
     asio::io_context io;

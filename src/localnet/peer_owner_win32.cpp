@@ -79,7 +79,16 @@ std::vector<unsigned char> UserOf(HANDLE process) {
 
 }  // namespace
 
+// Wine's TCP table names no owning process, and building it scans every
+// process of the machine (seconds on a busy one): ask Windows itself only.
+bool CanTellOwners() {
+  static const bool wine =
+      GetProcAddress(GetModuleHandleA("ntdll.dll"), "wine_get_version") != nullptr;
+  return !wine;
+}
+
 PeerOwner OwnerOfPeer(const tcp::socket& socket) {
+  if (!CanTellOwners()) return PeerOwner::kUnknown;
   std::error_code ec1, ec2;
   tcp::endpoint us = socket.local_endpoint(ec1);
   tcp::endpoint peer = socket.remote_endpoint(ec2);
