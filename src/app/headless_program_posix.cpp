@@ -20,6 +20,7 @@
 #include "app/startup_summary.h"
 #include "core/log.h"
 #include "core/message_box.h"
+#include "core/settings_paths.h"
 #include "localnet/control_key.h"
 #include "proxy/channel_timeouts.h"
 
@@ -91,6 +92,8 @@ class HeadlessProgram {
     std::vector<std::string> args;
     if (config_.companionPortMoved)
       args = {"--control-port", std::to_string(config_.companionControlPort)};
+    // The companion reads its SslBridge.conf from the settings folder in use.
+    ExportSettingsFolder(config_.settingsDir);
     std::string error;
     // The key goes to the companion alone: set for its start, then removed,
     // so that the client started later does not inherit it.

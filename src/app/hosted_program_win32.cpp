@@ -5,6 +5,7 @@
 #include "app/settings_binding.h"
 #include "core/log.h"
 #include "core/message_box.h"
+#include "core/settings_paths.h"
 #include "localnet/control_key.h"
 
 namespace brindle::app {
@@ -50,6 +51,8 @@ bool HostedProgram::Load() {
   ProgramHooks hooks;
   hooks.companionFileName = kCompanionFile;
   hooks.launchCompanion = [this] {
+    // The companion reads its SslBridge.conf from the settings folder in use.
+    ExportSettingsFolder(settingsDir_);
     // The key reaches the companion through the environment it inherits,
     // and only it: the variable is gone again once it has started.
     SetEnvironmentVariableA(localnet::kControlKeyVariable, options_.companionKey.c_str());

@@ -44,6 +44,7 @@ ChannelPair::ChannelPair(asio::io_context& io, int16_t index, tcp::socket client
       up_{client_, server_, true, {}, {}},
       down_{server_, client_, false, {}, {}} {
   channel_.cType(target.type);
+  channel_.tunnelName = target.tunnelName;
 }
 
 ChannelPair::~ChannelPair() {

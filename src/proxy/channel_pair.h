@@ -29,6 +29,7 @@ struct ChannelTarget {
   int32_t type = kTypeUnset;
   std::string host;
   uint16_t port = 0;
+  std::string tunnelName;  // for the filter log: "NNTP 1119 news.example.org"
   // The port is a companion route: whoever listens there must be this
   // user's program before the client's first byte goes to it.
   bool companionRoute = false;

@@ -4,6 +4,7 @@
 // posting to it.
 #pragma once
 
+#include <chrono>
 #include <cstdint>
 #include <functional>
 #include <memory>
@@ -28,6 +29,8 @@ struct ProxyOptions {
   MessageSteps* steps = nullptr;         // null: the program's own rewriting and filters
   std::string companionKey;              // the key the companion was started with, if any
   ChannelTimeouts timeouts;
+  // How often the spammer list file is looked at for changes.
+  std::chrono::milliseconds spammerListLook{1000};
 };
 
 class Proxy {

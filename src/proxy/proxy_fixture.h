@@ -32,6 +32,7 @@ class ProxyFixture : public ::testing::Test {
     options.firstSslPort = firstSslPort_;
     options.steps = ownSteps ? nullptr : &steps_;
     options.timeouts = timeouts_;
+    options.spammerListLook = std::chrono::milliseconds(10);
     proxy_ = std::make_unique<Proxy>(io_, *store_, options);
     proxy_->SetDisplayTransferredData(true);
   }

@@ -3,7 +3,9 @@
 // client's mutex held by another thread, the program's hooks in place, the
 // current folder, and — when STAND_IN_CLIENT_CONNECT names a port — whether a
 // tunnel answers there) and returns at once, as if the user had closed the
-// client. With STAND_IN_CLIENT_LOG set, the notes also go to that file.
+// client. When STAND_IN_CLIENT_POP3 names a port, it fetches mail 1 through
+// that tunnel first and notes what arrived. With STAND_IN_CLIENT_LOG set, the
+// notes also go to that file.
 #include <winsock2.h>
 // winsock2.h must come before windows.h.
 #include <windows.h>
@@ -62,6 +64,44 @@ const char* TunnelState() {
   return up ? "ok" : "refused";
 }
 
+// Reads until `end` has arrived, the connection closed, or the read limit.
+std::string ReadUntil(SOCKET s, const std::string& end) {
+  std::string text;
+  char buffer[4096];
+  while (text.find(end) == std::string::npos) {
+    int n = recv(s, buffer, sizeof buffer, 0);
+    if (n <= 0) break;
+    text.append(buffer, static_cast<size_t>(n));
+  }
+  return text;
+}
+
+// Like a mail client fetching its first message through a POP3 tunnel.
+std::string FetchMail() {
+  const char* port = std::getenv("STAND_IN_CLIENT_POP3");
+  if (port == nullptr) return "";
+  WSADATA data;
+  WSAStartup(MAKEWORD(2, 2), &data);
+  SOCKET s = socket(AF_INET, SOCK_STREAM, IPPROTO_TCP);
+  DWORD limit = 20000;
+  setsockopt(s, SOL_SOCKET, SO_RCVTIMEO, reinterpret_cast<const char*>(&limit), sizeof limit);
+  sockaddr_in address{};
+  address.sin_family = AF_INET;
+  address.sin_port = htons(static_cast<u_short>(std::atoi(port)));
+  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+  std::string got = "(no connection)";
+  if (connect(s, reinterpret_cast<sockaddr*>(&address), sizeof address) == 0) {
+    got = ReadUntil(s, "\r\n");
+    send(s, "RETR 1\r\n", 8, 0);
+    got += ReadUntil(s, "\r\n.\r\n");
+    send(s, "QUIT\r\n", 6, 0);
+    got += ReadUntil(s, "\r\n");
+  }
+  closesocket(s);
+  WSACleanup();
+  return got;
+}
+
 void WriteLog(const std::string& text) {
   const char* path = std::getenv("STAND_IN_CLIENT_LOG");
   if (path == nullptr) return;
@@ -81,7 +121,7 @@ extern "C" __declspec(dllexport) HRESULT WINAPI
                ";cmdline=" + (commandLine ? commandLine : "(null)") +
                ";show=" + std::to_string(showState) + ";mutex=" + MutexState() +
                ";hooks=" + std::to_string(HooksInstalled()) + ";folder=" + folder +
-               ";tunnel=" + TunnelState();
+               ";tunnel=" + TunnelState() + ";pop3=" + FetchMail();
   WriteLog(g_observed);
   return S_OK;
 }
