@@ -44,10 +44,12 @@ ChannelPair::ChannelPair(asio::io_context& io, int16_t index, tcp::socket client
       up_{client_, server_, true, {}, {}},
       down_{server_, client_, false, {}, {}} {
   channel_.cType(target.type);
+  if (target_.traffic) ++target_.traffic->channels;
   channel_.tunnelName = target.tunnelName;
 }
 
 ChannelPair::~ChannelPair() {
+  if (target_.traffic) --target_.traffic->channels;
   if (auto registry = registry_.lock()) registry->PairDestroyed(index_);
 }
 
@@ -114,6 +116,9 @@ void ChannelPair::Pump(Direction& d) {
 
 void ChannelPair::Forward(Direction& d, size_t n) {
   lastActivity_ = Clock::now();
+  (d.fromClient ? fromClientTotal_ : fromServerTotal_) += n;
+  if (target_.traffic)
+    (d.fromClient ? target_.traffic->fromClient : target_.traffic->fromServer) += n;
   if (!d.fromClient) serverOwes_.reset();
   try {
     d.piece.resize(n);

@@ -23,6 +23,13 @@ namespace brindle {
 
 class ChannelRegistry;
 
+// Bytes a tunnel's channels have carried since start, and its live channels.
+struct TunnelTraffic {
+  uint64_t fromClient = 0;
+  uint64_t fromServer = 0;
+  size_t channels = 0;
+};
+
 // Where a channel's server side goes: the real server, or the companion's
 // loopback port for a tunnel that uses TLS.
 struct ChannelTarget {
@@ -30,6 +37,8 @@ struct ChannelTarget {
   std::string host;
   uint16_t port = 0;
   std::string tunnelName;  // for the filter log: "NNTP 1119 news.example.org"
+  // The tunnel's running totals, which outlive its channels (may be null).
+  std::shared_ptr<TunnelTraffic> traffic;
   // The port is a companion route: whoever listens there must be this
   // user's program before the client's first byte goes to it.
   bool companionRoute = false;
@@ -50,6 +59,9 @@ class ChannelPair : public std::enable_shared_from_this<ChannelPair> {
   void Close();
 
   CChannel& Channel() { return channel_; }
+  const CChannel& Channel() const { return channel_; }
+  uint64_t BytesFromClient() const { return fromClientTotal_; }
+  uint64_t BytesFromServer() const { return fromServerTotal_; }
 
  private:
   // Large pieces: a relay's throughput is bounded by the number of system
@@ -90,6 +102,8 @@ class ChannelPair : public std::enable_shared_from_this<ChannelPair> {
   std::optional<std::chrono::steady_clock::time_point> armedFor_;
   Direction up_;
   Direction down_;
+  uint64_t fromClientTotal_ = 0;
+  uint64_t fromServerTotal_ = 0;
   bool closed_ = false;
 };
 

@@ -21,14 +21,12 @@ struct Proxy::Impl {
       : io(io),
         settings(settings),
         options(options),
+        steps(options.steps ? *options.steps : DefaultMessageSteps()),
         companion(std::make_shared<CompanionLink>(io, options.companionControlPort,
                                                   options.companionKey)),
         records(std::make_shared<FilterRecords>(io, settings, options.spammerListLook)),
         channels(std::make_shared<ChannelRegistry>(
-            io,
-            ChannelServices{settings, options.steps ? *options.steps : DefaultMessageSteps(),
-                            display, *records},
-            options.timeouts)) {
+            io, ChannelServices{settings, steps, display, *records}, options.timeouts)) {
     records->Start();
   }
 
@@ -45,6 +43,7 @@ struct Proxy::Impl {
   asio::io_context& io;
   SettingsStore& settings;
   ProxyOptions options;
+  MessageSteps& steps;
   TransferDisplay display;
   RelaySocketPool relays;
   RoutePorts routePorts;
@@ -86,6 +85,14 @@ const std::vector<std::unique_ptr<CTunnel>>& Proxy::Tunnels() const {
 
 size_t Proxy::ChannelCount() const {
   return impl_->channels->Count();
+}
+
+void Proxy::ForEachChannel(const std::function<void(const ChannelPair&)>& visit) const {
+  impl_->channels->ForEach(visit);
+}
+
+const StepCounts& Proxy::Counts() const {
+  return impl_->steps.counts;
 }
 
 void Proxy::SetDisplayTransferredData(bool on) {
