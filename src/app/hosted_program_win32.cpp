@@ -62,9 +62,7 @@ bool HostedProgram::Load() {
     return started;
   };
   hooks.defaultLanguage = [] { return UserLanguage(); };
-  hooks.loadSettings = [this](int16_t language, const ProgramHooks::ProgressSink& sink) {
-    return FindSettings(programDir_, settingsDir_, language, sink);
-  };
+  hooks.settingsPlaces = {settingsDir_, programDir_};
 
   bool loaded = false, ok = false;
   asio::post(io_, [&, hooks = std::move(hooks)]() mutable {

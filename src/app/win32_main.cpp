@@ -23,10 +23,12 @@ int WINAPI WinMain(HINSTANCE, HINSTANCE, LPSTR commandLine, int showState) {
     log::SetMinimumLevel(*level);
 
   ProxyOptions options;
-  std::string portError;
-  if (const auto port =
-          app::CompanionPortOverride(std::getenv("BRINDLE_COMPANION_PORT"), portError))
-    options.companionControlPort = *port;
+  const auto port = app::CompanionPortOverride(std::getenv("BRINDLE_COMPANION_PORT"));
+  if (!port.ok()) {
+    log::Warning(port.status().message() + "; the companion keeps its own port");
+  } else if (*port) {
+    options.companionControlPort = **port;
+  }
   options.companionKey = localnet::NewControlKey();
   options.timeouts = ChannelTimeoutsFromEnvironment();
 
