@@ -1,6 +1,7 @@
 #include <signal.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <chrono>
 #include <cstdio>
 #include <optional>
@@ -21,6 +22,8 @@
 #include "core/message_box.h"
 #include "core/settings_file.h"
 #include "core/settings_paths.h"
+#include "localnet/control_key.h"
+#include "proxy/channel_timeouts.h"
 #include "web/web_access.h"
 #include "web/web_server.h"
 #include "web/web_view.h"
@@ -31,6 +34,21 @@ namespace {
 constexpr const char* kCompanionFile = "SslBridge";
 // How long the companion gets to act on "QUIT" before it is told by signal.
 constexpr std::chrono::seconds kCompanionGrace{2};
+// A companion that ends by itself is started again after a wait that doubles
+// with each failure up to the longest; one that ran a while starts the count
+// afresh.
+constexpr std::chrono::seconds kRestartFirst{1};
+constexpr std::chrono::seconds kRestartLongest{30};
+constexpr std::chrono::seconds kRanLongEnough{60};
+
+ProxyOptions MakeProxyOptions(const HeadlessConfig& config) {
+  ProxyOptions options;
+  options.companionControlPort = config.companionControlPort;
+  options.companionKey = localnet::NewControlKey();
+  options.timeouts = ChannelTimeoutsFromEnvironment();
+  return options;
+}
+
 // Where the browser view listens unless told otherwise.
 constexpr uint16_t kDefaultWebPort = 8119;
 
@@ -40,15 +58,25 @@ class HeadlessProgram {
       : config_(config),
         children_(io_),
         stopSignals_(io_),
-        proxy_(io_, store_, ProxyOptions{config.companionControlPort}),
+        proxyOptions_(MakeProxyOptions(config)),
+        proxy_(io_, store_, proxyOptions_),
         services_(io_, proxy_, store_, Hooks()),
-        companionTimer_(io_) {}
+        companionTimer_(io_),
+        restartTimer_(io_) {}
 
   int Run() {
     asio::post(io_, [this] {
       RunLoadSequence(services_, [this](std::optional<StartupReport> report) { Loaded(report); });
     });
-    io_.run();
+    // A handler that throws loses its own work; the program goes on.
+    for (;;) {
+      try {
+        io_.run();
+        break;
+      } catch (const std::exception& e) {
+        log::Error(std::string("unexpected failure, carrying on: ") + e.what());
+      }
+    }
     return exitStatus_;
   }
 
@@ -71,19 +99,46 @@ class HeadlessProgram {
       args = {"--control-port", std::to_string(config_.companionControlPort)};
     // The companion reads its SslBridge.conf from the settings folder in use.
     ExportSettingsFolder(config_.settingsDir);
+    // The key goes to the companion alone: set for its start, then removed,
+    // so that the client started later does not inherit it.
+    setenv(localnet::kControlKeyVariable, proxyOptions_.companionKey.c_str(), 1);
     // Its own process group: a Ctrl-C meant for us must not end the companion
     // before the routes are withdrawn and QUIT is sent.
     Expected<pid_t> spawned = SpawnProcess(path, args, false, /*ownProcessGroup=*/true);
+    unsetenv(localnet::kControlKeyVariable);
     if (!spawned.ok()) {
       log::Error(spawned.status().message());
       return false;
     }
     companion_ = *spawned;
+    companionStarted_ = std::chrono::steady_clock::now();
     children_.Watch(companion_, [this](int status) {
-      if (!closing_) log::Warning("companion ended early, status " + std::to_string(status));
       CompanionGone();
+      if (!closing_) RestartCompanion(status);
     });
     return true;
+  }
+
+  // The companion ended while it was still needed (killed, crashed, or told
+  // to QUIT by someone else in the days when anyone could): start it again
+  // and tell it every running route.
+  void RestartCompanion(int status) {
+    if (std::chrono::steady_clock::now() - companionStarted_ >= kRanLongEnough)
+      restartWait_ = kRestartFirst;
+    const auto wait = restartWait_;
+    restartWait_ = std::min(restartWait_ * 2, kRestartLongest);
+    log::Warning("companion ended early, status " + std::to_string(status) +
+                 "; starting it again in " + std::to_string(wait.count()) + " s");
+    restartTimer_.expires_after(wait);
+    restartTimer_.async_wait([this, status](const std::error_code& ec) {
+      if (ec || closing_) return;
+      if (!LaunchCompanion()) return RestartCompanion(status);
+      services_.ProbeCompanion([this](bool up) {
+        if (closing_) return;
+        if (!up) log::Warning("companion started again but not answering yet");
+        proxy_.RestoreRoutes([] { log::Info("companion started again, routes restored"); });
+      });
+    });
   }
 
   void Loaded(const std::optional<StartupReport>& report) {
@@ -164,6 +219,7 @@ class HeadlessProgram {
   void ShutDown() {
     if (closing_) return;
     closing_ = true;
+    restartTimer_.cancel();
     if (web_) web_->Close();
     proxy_.CloseDown([this] {
       log::Info(milestone::kTunnelsClosed);
@@ -204,9 +260,13 @@ class HeadlessProgram {
   SettingsStore store_;
   ChildWatcher children_;
   asio::signal_set stopSignals_;
+  ProxyOptions proxyOptions_;
   Proxy proxy_;
   ProgramServices services_;
   asio::steady_timer companionTimer_;
+  asio::steady_timer restartTimer_;
+  std::chrono::seconds restartWait_ = kRestartFirst;
+  std::chrono::steady_clock::time_point companionStarted_;
   std::optional<web::AccessRules> access_;
   std::optional<web::WebView> view_;
   std::optional<web::WebServer> web_;

@@ -10,6 +10,7 @@
 #include "core/message_box.h"
 #include "core/settings_file.h"
 #include "core/settings_paths.h"
+#include "localnet/control_key.h"
 #include "oewin/note_settings.h"
 #include "oewin/rot_coder.h"
 
@@ -58,7 +59,12 @@ bool HostedProgram::Load() {
   hooks.launchCompanion = [this] {
     // The companion reads its SslBridge.conf from the settings folder in use.
     ExportSettingsFolder(settingsDir_);
-    return system_.ShellOpenHidden(programDir_ + "\\" + kCompanionFile);
+    // The key reaches the companion through the environment it inherits,
+    // and only it: the variable is gone again once it has started.
+    SetEnvironmentVariableA(localnet::kControlKeyVariable, options_.companionKey.c_str());
+    const bool started = system_.ShellOpenHidden(programDir_ + "\\" + kCompanionFile);
+    SetEnvironmentVariableA(localnet::kControlKeyVariable, nullptr);
+    return started;
   };
   hooks.defaultLanguage = [] { return UserLanguage(); };
   hooks.settingsPlaces = {settingsDir_, programDir_};

@@ -67,4 +67,14 @@ Expected<std::optional<uint16_t>> PortOverride(const char* variable, const char*
   return Port(static_cast<uint16_t>(port));
 }
 
+std::optional<log::Level> LogLevelOverride(const char* value, std::string& error) {
+  if (value == nullptr || *value == '\0') return std::nullopt;
+  for (log::Level level :
+       {log::Level::kDebug, log::Level::kInfo, log::Level::kWarning, log::Level::kError}) {
+    if (std::string_view(value) == log::LevelName(level)) return level;
+  }
+  error = "BRINDLE_LOG_LEVEL is not one of debug, info, warning, error: " + std::string(value);
+  return std::nullopt;
+}
+
 }  // namespace brindle::app

@@ -4,8 +4,10 @@
 
 #include <cstdint>
 #include <optional>
+
 #include <string>
 #include <vector>
+#include "core/log.h"
 
 #include "core/status.h"
 
@@ -28,5 +30,10 @@ std::string UsageText(const std::string& programName);
 Expected<std::optional<uint16_t>> CompanionPortOverride(const char* value);
 // The same for any port variable (BRINDLE_WEB_PORT: the browser view's).
 Expected<std::optional<uint16_t>> PortOverride(const char* variable, const char* value);
+
+// BRINDLE_LOG_LEVEL: "debug", "info", "warning" or "error" (the least severe
+// entry that is logged; "info" by default); nothing when unset, an error for
+// any other word.
+std::optional<log::Level> LogLevelOverride(const char* value, std::string& error);
 
 }  // namespace brindle::app

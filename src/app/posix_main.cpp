@@ -57,6 +57,14 @@ int main(int argc, char** argv) {
     return 2;
   }
 
+  std::string levelError;
+  const auto level = app::LogLevelOverride(std::getenv("BRINDLE_LOG_LEVEL"), levelError);
+  if (!levelError.empty()) {
+    std::fprintf(stderr, "brindle: %s\n", levelError.c_str());
+    return 2;
+  }
+  if (level) log::SetMinimumLevel(*level);
+
   log::SetSink(event_log::SystemLogSink(true));
   SetMessageBoxSink(PlatformMessageBoxPresenter());
   signal(SIGPIPE, SIG_IGN);  // a peer gone mid-write is an error value, not the end
