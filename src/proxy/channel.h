@@ -15,6 +15,7 @@
 #include "core/settings.h"
 #include "core/settings_store.h"
 #include "oewin/super_string.h"
+#include "proxy/filter_records.h"
 #include "proxy/message_steps.h"
 #include "proxy/transfer_display.h"
 
@@ -25,6 +26,7 @@ struct ChannelServices {
   SettingsStore& settings;
   MessageSteps& steps;
   TransferDisplay& display;
+  FilterRecords& records;
 };
 
 class CChannel {
@@ -48,6 +50,9 @@ class CChannel {
   int32_t intArticleMode = 1;  // NNTP: 0 posting, 1 relaying, 2 article asked for
   bool blnCollecting = false;  // POP3: a RETR/TOP answer is being collected
   int32_t intMode = 3;         // SMTP: 3 fresh, 2 collecting mail, 1 EHLO replaced, 0 RCPT, 4 sent
+
+  // How the filter log names the tunnel the channel came through.
+  std::string tunnelName;
 
  private:
   // Server replies the channel waits for, oldest first. SMTP records every

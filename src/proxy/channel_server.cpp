@@ -27,8 +27,11 @@ std::string CChannel::NntpServer(std::string piece) {
     return TakeServerBuffer();
   }
   auto settings = services_.settings.Current();
+  auto spammers = services_.records.Spammers();
+  DownloadFiltering filtering(spammers.get());
   std::string article =
-      FilterNewsArticle(TakeServerBuffer(), pieceLength, *settings, services_.steps);
+      FilterNewsArticle(TakeServerBuffer(), pieceLength, *settings, services_.steps, &filtering);
+  services_.records.Downloaded(tunnelName, article, filtering, *settings);
   intArticleMode = 1;
   return article;
 }
@@ -44,7 +47,11 @@ std::string CChannel::Pop3Server(std::string piece) {
   }
   if (!buffer.ends_with(kTerminator)) return {};  // the message goes on
   auto settings = services_.settings.Current();
-  std::string message = FilterMailMessage(TakeServerBuffer(), *settings, services_.steps);
+  auto spammers = services_.records.Spammers();
+  DownloadFiltering filtering(spammers.get());
+  std::string message =
+      FilterMailMessage(TakeServerBuffer(), *settings, services_.steps, &filtering);
+  services_.records.Downloaded(tunnelName, message, filtering, *settings);
   blnCollecting = false;
   return message;
 }

@@ -3,6 +3,8 @@
 #include <exception>
 
 #include "core/log.h"
+#include "rewrite/downloaded_headers.h"
+#include "rewrite/spammer_mark.h"
 
 namespace brindle {
 namespace {
@@ -21,6 +23,40 @@ std::string Guarded(const char* what, std::string text, Steps&& run) {
   }
   return text;
 }
+
+// Notes which steps of a downloaded message change its text. Without a
+// record to fill it only runs them, so nothing is copied for the comparison.
+class StepNotes {
+ public:
+  explicit StepNotes(DownloadFiltering* filtering) : filtering_(filtering) {}
+
+  template <typename Step>
+  std::string Run(DownloadStep which, std::string text, Step&& step) {
+    if (!filtering_) return step(std::move(text));
+    std::string before = text;
+    std::string after = step(std::move(text));
+    if (after != before) changes_.Add(which);
+    return after;
+  }
+
+  // The list is checked after every filter, on the text they leave.
+  std::string MarkListedSender(std::string text, const Settings& settings) {
+    if (!filtering_) return text;
+    std::string sender = MailboxOf(HeaderValue(text, "From"));
+    if (filtering_->spammers && filtering_->spammers->Matches(sender)) {
+      text = MarkListedSpammer(std::move(text), settings.strSpammerAddress);
+      changes_.Add(DownloadStep::kSpammerList);
+    }
+    // Only a filtering that went through to here is recorded.
+    filtering_->changes = changes_;
+    filtering_->sender = std::move(sender);
+    return text;
+  }
+
+ private:
+  DownloadFiltering* filtering_;
+  DownloadChanges changes_;
+};
 
 }  // namespace
 
@@ -41,23 +77,36 @@ std::string RewriteMail(std::string text, const Settings& settings, MessageSteps
 }
 
 std::string FilterNewsArticle(std::string text, size_t lastPieceLength, const Settings& settings,
-                              MessageSteps& steps) {
+                              MessageSteps& steps, DownloadFiltering* filtering) {
   return Guarded("Filtering of a downloaded article", std::move(text), [&](std::string t) {
+    StepNotes notes(filtering);
     if (settings.intBeginFilter == 1 && lastPieceLength < kFilterBeginPieceLimit) {
-      t = steps.FilterBegin(std::move(t));
+      t = notes.Run(DownloadStep::kBeginLines, std::move(t),
+                    [&](std::string s) { return steps.FilterBegin(std::move(s)); });
     }
-    if (settings.intCharFiltering == 1)
-      t = steps.FilterChars(std::move(t), settings.intCharFiltering);
-    return steps.FixBoundary(std::move(t));
+    if (settings.intCharFiltering == 1) {
+      t = notes.Run(DownloadStep::kControlChars, std::move(t), [&](std::string s) {
+        return steps.FilterChars(std::move(s), settings.intCharFiltering);
+      });
+    }
+    t = notes.Run(DownloadStep::kMultipartRelabelled, std::move(t),
+                  [&](std::string s) { return steps.FixBoundary(std::move(s)); });
+    return notes.MarkListedSender(std::move(t), settings);
   });
 }
 
-std::string FilterMailMessage(std::string text, const Settings& settings, MessageSteps& steps) {
+std::string FilterMailMessage(std::string text, const Settings& settings, MessageSteps& steps,
+                              DownloadFiltering* filtering) {
   return Guarded("Filtering of a downloaded mail", std::move(text), [&](std::string t) {
+    StepNotes notes(filtering);
     if (settings.intAsianFilter == 1) {
-      t = steps.MarkAsianSpam(std::move(t), settings.intAFPercentage, settings.intAFMin);
+      t = notes.Run(DownloadStep::kSubjectMarked, std::move(t), [&](std::string s) {
+        return steps.MarkAsianSpam(std::move(s), settings.intAFPercentage, settings.intAFMin);
+      });
     }
-    return steps.FixBoundary(std::move(t));
+    t = notes.Run(DownloadStep::kMultipartRelabelled, std::move(t),
+                  [&](std::string s) { return steps.FixBoundary(std::move(s)); });
+    return notes.MarkListedSender(std::move(t), settings);
   });
 }
 
