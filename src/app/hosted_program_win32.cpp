@@ -6,6 +6,7 @@
 #include "core/log.h"
 #include "core/message_box.h"
 #include "core/settings_paths.h"
+#include "oewin/note_settings.h"
 
 namespace brindle::app {
 
@@ -72,6 +73,10 @@ bool HostedProgram::Load() {
     });
   });
   window_.PumpUntil(loaded);
+  if (ok) {
+    SetNoteSettingsSource([this] { return store_.Current(); });
+    noteWatch_ = std::make_unique<NoteWindowWatch>();
+  }
   return ok;
 }
 
@@ -96,6 +101,8 @@ void HostedProgram::CloseTunnels() {
 }
 
 void HostedProgram::Stop() {
+  noteWatch_.reset();
+  SetNoteSettingsSource(nullptr);
   work_.reset();
   io_.stop();
   if (ioThread_.joinable()) ioThread_.join();

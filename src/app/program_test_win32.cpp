@@ -142,6 +142,26 @@ TEST_F(WindowsProgramTest, HostsTheClientWithTunnelsUpAndEndsWithIt) {
   EXPECT_EQ(GetFileAttributesA((program_ + "\\OE_Brindle.ini").c_str()), INVALID_FILE_ATTRIBUTES);
 }
 
+TEST_F(WindowsProgramTest, ReworksTheClientsReplyNoteOnceWithTheCaretAtTheMarker) {
+  std::ofstream(program_ + "\\OE_Brindle.ini", std::ios::binary)
+      << "[Miscellaneous]\r\nAutoCC=cc@example.org\r\n";
+  SetEnvironmentVariableA("STAND_IN_CLIENT_LOG", (root_ + "\\client.log").c_str());
+  SetEnvironmentVariableA("STAND_IN_CLIENT_REPLY", "1");
+  SetEnvironmentVariableA("BRINDLE_COMPANION_PORT", std::to_string(FreePort()).c_str());
+
+  EXPECT_EQ(RunProgram(""), 0u);
+  SetEnvironmentVariableA("STAND_IN_CLIENT_REPLY", nullptr);
+
+  // Bottom posting: quote (its old signature cut), the caret's empty line,
+  // then the user's signature with its separator's space kept.
+  const std::string seen = ReadFile(root_ + "\\client.log");
+  EXPECT_THAT(seen, HasSubstr(";reply=----- Original Message -----<BR>From: a@b<BR>&gt; hello"
+                              "<BR><BR><BR>--&nbsp;<BR>Sig;"));
+  EXPECT_THAT(seen, HasSubstr(";calls=put_innerHTML|item:kursor|range.moveTo(marker)|"
+                              "range.collapse(start)|range.select|marker.put_outerHTML:|"
+                              "DiscardFrom(all)|;cc=cc@example.org"));
+}
+
 // The whole chain under Wine: the stand-in client fetches a signed mail
 // through a POP3 tunnel with SSL=1, the real SslBridge.exe carries it over
 // the system's TLS to a TLS POP3 server that tls_program_test.sh started, and

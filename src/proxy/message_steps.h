@@ -7,6 +7,7 @@
 #include <string>
 
 #include "core/settings.h"
+#include "proxy/step_counts.h"
 
 namespace brindle {
 
@@ -27,6 +28,10 @@ class MessageSteps {
   virtual std::string FilterChars(std::string text, int16_t charFiltering);
   virtual std::string MarkAsianSpam(std::string text, int16_t afPercentage, int16_t afMin);
   virtual std::string FixBoundary(std::string text);
+
+  // Messages these steps changed, step by step; the pipeline adds to them
+  // only when a whole message went through without a failure.
+  StepCounts counts;
 };
 
 // The program's own steps.
