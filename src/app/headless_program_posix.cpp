@@ -39,13 +39,12 @@ class HeadlessProgram {
   explicit HeadlessProgram(const HeadlessConfig& config)
       : config_(config),
         children_(io_),
-        stopSignals_(io_, SIGINT, SIGTERM),
+        stopSignals_(io_),
         proxy_(io_, store_, ProxyOptions{config.companionControlPort}),
         services_(io_, proxy_, store_, Hooks()),
         companionTimer_(io_) {}
 
   int Run() {
-    WaitForStopSignal();
     asio::post(io_, [this] {
       RunLoadSequence(services_, [this](std::optional<StartupReport> report) { Loaded(report); });
     });
@@ -59,9 +58,8 @@ class HeadlessProgram {
     hooks.companionFileName = kCompanionFile;
     hooks.launchCompanion = [this] { return LaunchCompanion(); };
     hooks.defaultLanguage = [] { return UserLanguage(); };
-    hooks.loadSettings = [this](int16_t language, const ProgramHooks::ProgressSink& sink) {
-      return FindSettings(config_.programDir, config_.settingsDir, language, sink);
-    };
+    hooks.settingsPlaces = {config_.settingsDir, config_.programDir};
+    hooks.stopLoading = config_.stopRequested;
     return hooks;
   }
 
@@ -73,14 +71,14 @@ class HeadlessProgram {
       args = {"--control-port", std::to_string(config_.companionControlPort)};
     // The companion reads its SslBridge.conf from the settings folder in use.
     ExportSettingsFolder(config_.settingsDir);
-    std::string error;
     // Its own process group: a Ctrl-C meant for us must not end the companion
     // before the routes are withdrawn and QUIT is sent.
-    companion_ = SpawnProcess(path, args, false, error, /*ownProcessGroup=*/true);
-    if (companion_ < 0) {
-      log::Error(error);
+    Expected<pid_t> spawned = SpawnProcess(path, args, false, /*ownProcessGroup=*/true);
+    if (!spawned.ok()) {
+      log::Error(spawned.status().message());
       return false;
     }
+    companion_ = *spawned;
     children_.Watch(companion_, [this](int status) {
       if (!closing_) log::Warning("companion ended early, status " + std::to_string(status));
       CompanionGone();
@@ -89,29 +87,37 @@ class HeadlessProgram {
   }
 
   void Loaded(const std::optional<StartupReport>& report) {
+    TakeStopSignals();
     if (!report) {  // the companion is missing; its box has been shown
       exitStatus_ = 1;
       Finish();
       return;
     }
-    loaded_ = true;
     const std::string summary =
         StartupSummary(*report, kCompanionFile, config_.companionControlPort);
     std::fputs((summary + OpenWebView()).c_str(), stderr);
     std::fflush(stderr);
-    if (stopRequested_) return ShutDown();
+    if (config_.stopRequested && config_.stopRequested->load()) return ShutDown();
     if (!config_.client.empty()) StartClient();
+  }
+
+  // Added before the flag is looked at, so a signal is either seen in the
+  // flag or arrives through the event loop.
+  void TakeStopSignals() {
+    stopSignals_.add(SIGINT);
+    stopSignals_.add(SIGTERM);
+    WaitForStopSignal();
   }
 
   void StartClient() {
     std::vector<std::string> args(config_.client.begin() + 1, config_.client.end());
-    std::string error;
-    client_ = SpawnProcess(config_.client.front(), args, true, error);
-    if (client_ < 0) {
-      log::Error("cannot start the client: " + error);
+    Expected<pid_t> spawned = SpawnProcess(config_.client.front(), args, true);
+    if (!spawned.ok()) {
+      log::Error("cannot start the client: " + spawned.status().message());
       exitStatus_ = 127;
       return ShutDown();
     }
+    client_ = *spawned;
     children_.Watch(client_, [this](int status) {
       client_ = -1;
       exitStatus_ = status;
@@ -129,7 +135,7 @@ class HeadlessProgram {
     if (!web::SaveSecret(config_.settingsDir, access_->Secret(), error))
       return "browser view: off, the key cannot be kept: " + error + "\n";
     view_.emplace(io_, proxy_, store_, *access_,
-                  [](const Settings& settings) { return SaveSettings2Ini(settings); });
+                  [](const Settings& settings) { return SaveSettings2Ini(settings).ok(); });
     web_.emplace(io_, *view_, port);
     if (!web_->Open(error)) {
       web_.reset();
@@ -148,11 +154,6 @@ class HeadlessProgram {
       if (client_ > 0 && !signalForwarded_) {
         signalForwarded_ = true;
         kill(client_, signal);
-        WaitForStopSignal();
-        return;
-      }
-      if (!loaded_) {
-        stopRequested_ = true;  // start-up finishes first, then shuts down
         WaitForStopSignal();
         return;
       }
@@ -211,8 +212,6 @@ class HeadlessProgram {
   std::optional<web::WebServer> web_;
   pid_t companion_ = -1;
   pid_t client_ = -1;
-  bool loaded_ = false;
-  bool stopRequested_ = false;
   bool signalForwarded_ = false;
   bool closing_ = false;
   bool finished_ = false;

@@ -56,9 +56,7 @@ bool HostedProgram::Load() {
     return system_.ShellOpenHidden(programDir_ + "\\" + kCompanionFile);
   };
   hooks.defaultLanguage = [] { return UserLanguage(); };
-  hooks.loadSettings = [this](int16_t language, const ProgramHooks::ProgressSink& sink) {
-    return FindSettings(programDir_, settingsDir_, language, sink);
-  };
+  hooks.settingsPlaces = {settingsDir_, programDir_};
 
   bool loaded = false, ok = false;
   asio::post(io_, [&, hooks = std::move(hooks)]() mutable {

@@ -7,6 +7,8 @@
 #include <string>
 #include <vector>
 
+#include "core/status.h"
+
 namespace brindle::app {
 
 struct Options {
@@ -22,9 +24,9 @@ std::string UsageText(const std::string& programName);
 
 // The companion's control port when the environment moves it
 // (BRINDLE_COMPANION_PORT); nothing when unset. A value that is not a port
-// number is an error, reported in `error`.
-std::optional<uint16_t> CompanionPortOverride(const char* value, std::string& error);
+// number is an error.
+Expected<std::optional<uint16_t>> CompanionPortOverride(const char* value);
 // The same for any port variable (BRINDLE_WEB_PORT: the browser view's).
-std::optional<uint16_t> PortOverride(const char* variable, const char* value, std::string& error);
+Expected<std::optional<uint16_t>> PortOverride(const char* variable, const char* value);
 
 }  // namespace brindle::app

@@ -18,10 +18,12 @@ int WINAPI WinMain(HINSTANCE, HINSTANCE, LPSTR commandLine, int showState) {
   SetMessageBoxSink(PlatformMessageBoxPresenter());
 
   ProxyOptions options;
-  std::string portError;
-  if (const auto port =
-          app::CompanionPortOverride(std::getenv("BRINDLE_COMPANION_PORT"), portError))
-    options.companionControlPort = *port;
+  const auto port = app::CompanionPortOverride(std::getenv("BRINDLE_COMPANION_PORT"));
+  if (!port.ok()) {
+    log::Warning(port.status().message() + "; the companion keeps its own port");
+  } else if (*port) {
+    options.companionControlPort = **port;
+  }
 
   const std::string programDir = app::ProgramFolder();
   app::Win32System system(programDir);

@@ -1,10 +1,10 @@
 // The client's side of a channel: commands, posted articles, sent mails.
 #include <algorithm>
 
+#include "core/text.h"
 #include "proxy/channel.h"
 #include "proxy/host_name.h"
 #include "proxy/message_pipeline.h"
-#include "proxy/text_match.h"
 
 namespace brindle {
 

@@ -1,7 +1,7 @@
 // The server's side of a channel: answers, downloaded articles and mails.
+#include "core/text.h"
 #include "proxy/channel.h"
 #include "proxy/message_pipeline.h"
-#include "proxy/text_match.h"
 
 namespace brindle {
 

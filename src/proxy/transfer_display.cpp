@@ -1,7 +1,7 @@
 #include "proxy/transfer_display.h"
 
 #include "core/log.h"
-#include "proxy/text_match.h"
+#include "core/text.h"
 
 namespace brindle {
 namespace {
