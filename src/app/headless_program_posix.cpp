@@ -49,9 +49,6 @@ ProxyOptions MakeProxyOptions(const HeadlessConfig& config) {
   return options;
 }
 
-// Where the browser view listens unless told otherwise.
-constexpr uint16_t kDefaultWebPort = 8119;
-
 class HeadlessProgram {
  public:
   explicit HeadlessProgram(const HeadlessConfig& config)
@@ -181,10 +178,12 @@ class HeadlessProgram {
     });
   }
 
-  // The browser view: a fresh secret in the settings folder, then the port.
-  // Neither failing stops the tunnels; the summary says what happened.
+  // The browser view: a fresh secret in the settings folder, then the port
+  // (the environment's for tests, else the settings file's). Neither failing
+  // stops the tunnels; the summary says what happened.
   std::string OpenWebView() {
-    const uint16_t port = config_.webPort.value_or(kDefaultWebPort);
+    const uint16_t port =
+        config_.webPort.value_or(static_cast<uint16_t>(store_.Current()->lngWebPort));
     std::string error;
     access_.emplace(web::MakeSecret(), port);
     if (!web::SaveSecret(config_.settingsDir, access_->Secret(), error))

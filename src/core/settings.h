@@ -54,6 +54,9 @@ inline constexpr int16_t kLangSlovenian = 4000;
 inline constexpr int16_t kLangFrench = 5000;
 inline constexpr int16_t kLangSpanish = 6000;
 
+// Where the browser view listens unless the settings file names a port.
+inline constexpr int32_t kDefaultWebPort = 8119;
+
 struct Settings {
   // Where the file lives. strIniPath empty means "the program's own folder".
   std::string strSettingsDir;
@@ -102,6 +105,9 @@ struct Settings {
   int16_t intAutoMaximize = 0;
   std::string strCCAddress;
   std::string strBCCAddress;
+  // Key "WebPort": newer than the rest, so written only when it differs from
+  // the default; files that never set it stay as they were.
+  int32_t lngWebPort = kDefaultWebPort;
 
   // [NewsQuoteHeader] / [MailQuoteHeader]
   std::string strWrotkaNews;

@@ -220,6 +220,24 @@ TEST(SettingsFileTest, OlderSpellingsAndKeysAreAccepted) {
             std::string::npos);
 }
 
+// Files written before the browser view had its port must come back byte
+// for byte (the full file above has no such key), so the port is written
+// only when it was moved.
+TEST(SettingsFileTest, WebPortIsWrittenOnlyWhenMovedAndOnlyAsARealPort) {
+  Settings s = Load("WebPort=8120\r\nAutoBCC=b\r\n");
+  EXPECT_EQ(s.lngWebPort, 8120);
+  const std::string text = SettingsFileText(s);
+  EXPECT_NE(text.find("\r\nAutoBCC=b\r\nWebPort=8120\r\n[NewsQuoteHeader]"), std::string::npos);
+  EXPECT_EQ(SettingsFileText(Load(text)), text);
+
+  EXPECT_EQ(SettingsFileText(Load("WebPort=8119\r\n")).find("WebPort"), std::string::npos);
+  log::Capture capture;
+  for (const char* junk : {"0", "65536", "x", "-1"})
+    EXPECT_EQ(Load(std::string("WebPort=8120\r\nWebPort=") + junk + "\r\n").lngWebPort, 8120)
+        << junk;
+  EXPECT_TRUE(capture.Contains("\"WebPort\" is not 1 to 65535"));
+}
+
 TEST(SettingsFileTest, NumbersAreTheLeadingDecimalRoundedHalfToEven) {
   Settings s = Load(
       "WrapText=2.5\r\nAFMin=3.5\r\nAFPercentage= 12abc\r\nQuoteFix=abc\r\nTrayIcon=-0.5\r\n"

@@ -53,6 +53,7 @@ const std::array kMiscKeys{
     MiscKey{"AutoMaximize", R::kNumber, &S::intAutoMaximize},
     MiscKey{"AutoCC", R::kText, nullptr, &S::strCCAddress},
     MiscKey{"AutoBCC", R::kText, nullptr, &S::strBCCAddress},
+    MiscKey{"WebPort", R::kPort, nullptr, nullptr, &S::lngWebPort},
 };
 
 }  // namespace

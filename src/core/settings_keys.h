@@ -19,6 +19,7 @@ enum class MiscRule {
   kOneOrZero,   // 1 sets the flag, any other value clears it
   kFilterMode,  // only 0, 1 and 2 are taken
   kLanguage,    // a two-letter code mapped to a language base
+  kPort,        // 1..65535 into a 32-bit variable; written only when not the default
 };
 
 struct MiscKey {
@@ -26,6 +27,7 @@ struct MiscKey {
   MiscRule rule;
   int16_t Settings::*number = nullptr;
   std::string Settings::*text = nullptr;
+  int32_t Settings::*port = nullptr;
 };
 
 std::span<const MiscKey> MiscKeys();

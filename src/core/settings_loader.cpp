@@ -285,6 +285,15 @@ void SettingsLoader::ApplyMiscRule(const ini::MiscKey& k, std::string_view value
       // An unknown code leaves the language at its default.
       if (std::optional<int16_t> base = BaseFromTwoLetterCode(value)) s_.*k.number = *base;
       return;
+    case MiscRule::kPort: {
+      std::optional<int32_t> n = NumberAsInt32(value);
+      if (n && *n >= 1 && *n <= 65535) {
+        s_.*k.port = *n;
+      } else {
+        Warn("port " + Quoted(value) + " of " + Quoted(k.name) + " is not 1 to 65535, key skipped");
+      }
+      return;
+    }
   }
 }
 

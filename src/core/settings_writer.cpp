@@ -49,6 +49,9 @@ void WriteMiscellaneous(const Settings& s, FileText& f) {
   for (const MiscKey& k : MiscKeys()) {
     if (k.rule == MiscRule::kText) {
       f.Key(k.name, s.*k.text);
+    } else if (k.rule == MiscRule::kPort) {
+      static const Settings defaults;
+      if (s.*k.port != defaults.*k.port) f.Key(k.name, s.*k.port);
     } else if (k.rule != MiscRule::kLanguage) {
       f.Key(k.name, s.*k.number);
     } else if (std::string_view code = WrittenLanguageCode(s.intLanguage); !code.empty()) {

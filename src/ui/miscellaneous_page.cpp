@@ -14,6 +14,12 @@ void MiscellaneousPage::Load(const Settings& s) {
   txtAttachmentPath = s.strAttachmentPath;
   txtCCAddress = s.strCCAddress;
   txtBCCAddress = s.strBCCAddress;
+  txtWebPort = std::to_string(s.lngWebPort);
+}
+
+std::optional<PageMessage> MiscellaneousPage::Validate() const {
+  if (!PortNumber(txtWebPort)) return PageMessage{88, 87, {}};
+  return std::nullopt;
 }
 
 void MiscellaneousPage::Apply(Settings& s) const {
@@ -26,6 +32,7 @@ void MiscellaneousPage::Apply(Settings& s) const {
   s.strAttachmentPath = txtAttachmentPath;
   s.strCCAddress = txtCCAddress;
   s.strBCCAddress = txtBCCAddress;
+  if (auto port = PortNumber(txtWebPort)) s.lngWebPort = *port;
 }
 
 void MiscellaneousPage::vscScroll(int step) {

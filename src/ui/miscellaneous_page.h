@@ -1,7 +1,7 @@
 // frmMiscellaneous: the References limit and EHLO's domain name for outgoing
-// messages, and the client-side conveniences (message windows, automatic CC
+// messages, the client-side conveniences (message windows, automatic CC
 // and BCC, the attachments folder, the certificate prompt, the caption, the
-// identity at close).
+// identity at close), and the port of the browser view.
 #pragma once
 
 #include <string>
@@ -16,6 +16,9 @@ class MiscellaneousPage : public OptionPage {
 
   int TitleOffset() const override { return 58; }
   void Load(const Settings& s) override;
+  // A browser-view port that is not a number 1..65535 is refused, as a
+  // tunnel's is: a clamped port would be some other program's.
+  std::optional<PageMessage> Validate() const override;
   void Apply(Settings& s) const override;
 
   // The spin slider beside txtStrip steps the number by one within the limits.
@@ -30,6 +33,7 @@ class MiscellaneousPage : public OptionPage {
   std::string txtAttachmentPath;
   std::string txtCCAddress;
   std::string txtBCCAddress;
+  std::string txtWebPort;  // used from the next start: the running view keeps its address
 };
 
 }  // namespace brindle::ui

@@ -42,6 +42,10 @@ class OptionPage {
 // rather than refusing keeps the box's value whatever was typed.
 int16_t ClampedNumber(std::string_view text, int16_t lo, int16_t hi);
 
+// A port box holds digits only (blanks around them allowed), 1..65535;
+// anything else is no port at all.
+std::optional<int32_t> PortNumber(std::string_view text);
+
 inline int16_t Flag(bool on) {
   return on ? 1 : 0;
 }

@@ -1,23 +1,9 @@
 #include "ui/tunnel_dialog.h"
 
 #include <cctype>
-#include <charconv>
 
 namespace brindle::ui {
 namespace {
-
-// A port box holds digits only (blanks around them allowed), 1..65535.
-std::optional<int32_t> Port(std::string_view text) {
-  while (!text.empty() && std::isspace(static_cast<unsigned char>(text.front())))
-    text.remove_prefix(1);
-  while (!text.empty() && std::isspace(static_cast<unsigned char>(text.back())))
-    text.remove_suffix(1);
-  int32_t port = 0;
-  auto [end, ec] = std::from_chars(text.data(), text.data() + text.size(), port);
-  if (text.empty() || ec != std::errc() || end != text.data() + text.size()) return std::nullopt;
-  if (port < 1 || port > 65535) return std::nullopt;
-  return port;
-}
 
 bool Blank(const std::string& s) {
   for (char c : s)
@@ -40,15 +26,15 @@ TunnelDialog::TunnelDialog(const TunnelRecord& editing)
 
 std::optional<PageMessage> TunnelDialog::Validate() const {
   if (Blank(txtServer)) return PageMessage{85, 86, {}};
-  if (!Port(txtSrcPort) || !Port(txtDestPort)) return PageMessage{88, 87, {}};
+  if (!PortNumber(txtSrcPort) || !PortNumber(txtDestPort)) return PageMessage{88, 87, {}};
   return std::nullopt;
 }
 
 TunnelRecord TunnelDialog::Record() const {
   TunnelRecord r;
   r.Server = txtServer;
-  r.SrcPort = Port(txtSrcPort).value_or(0);
-  r.DestPort = Port(txtDestPort).value_or(0);
+  r.SrcPort = PortNumber(txtSrcPort).value_or(0);
+  r.DestPort = PortNumber(txtDestPort).value_or(0);
   r.AutoStart = chkAutoStart;
   r.SSL = chkSSL && SslAvailable();
   r.tType = tType;
