@@ -4,6 +4,8 @@
 #include <filesystem>
 
 #include "core/language.h"
+#include "core/settings_lines.h"
+#include "ui/about_page.h"
 #include "ui/option_pages.h"
 #include "web/web_text.h"
 
@@ -28,6 +30,29 @@ bool Ticked(const Form& form, const std::string& key) {
 bool Has(const Form& form, const std::string& key) {
   return form.count(key) > 0;
 }
+
+// A multi-line box as the settings keep it: lines joined by CR LF (browsers
+// send LF), no line end after the last.
+std::string Lines(const Form& form, const std::string& key) {
+  std::string text = ini::CrLfLineEnds(Value(form, key));
+  while (!text.empty() && (text.back() == '\n' || text.back() == '\r')) text.pop_back();
+  return text;
+}
+
+// One JSON object, member by member; values are already JSON.
+class Object {
+ public:
+  Object& Add(std::string_view key, std::string_view json) {
+    text_ += (text_.size() > 1 ? ",\"" : "\"") + std::string(key) + "\":" + std::string(json);
+    return *this;
+  }
+  Object& Text(std::string_view key, std::string_view bytes) { return Add(key, Str(bytes)); }
+  Object& Flag(std::string_view key, bool on) { return Add(key, Bool(on)); }
+  std::string Close() const { return text_ + "}"; }
+
+ private:
+  std::string text_ = "{";
+};
 
 std::string HeadersJson(const ui::HeadersPage& page) {
   std::string json = std::string("{\"change\":") + Bool(page.changeIdentification) +
@@ -123,12 +148,14 @@ std::optional<ui::PageMessage> FillSignatures(ui::SignaturesPage& page, const Fo
     if (auto refusal = page.ChangeSender(record, Value(form, p + "name"), Value(form, p + "email")))
       return refusal;
     page.Select(record);
-    std::string text = Value(form, p + "text");
-    // Browsers send CR LF; the record keeps lines joined by CR LF, no end.
-    while (!text.empty() && (text.back() == '\n' || text.back() == '\r')) text.pop_back();
-    page.SetText(text);
+    page.SetText(Lines(form, p + "text"));
     page.SetDistance(Value(form, p + "distance"));
     page.SetRandom(Ticked(form, p + "random"));
+    if (Has(form, p + "files")) {
+      while (!page.Selected()->SigFile.empty()) page.RemoveFile(0);
+      const int files = std::clamp(std::atoi(Value(form, p + "files").c_str()), 0, 1000);
+      for (int k = 0; k < files; ++k) page.AddFile(Value(form, p + "file" + std::to_string(k)));
+    }
     return std::nullopt;
   };
   for (const auto& [record, p] : kept)
@@ -141,6 +168,57 @@ std::optional<ui::PageMessage> FillSignatures(ui::SignaturesPage& page, const Fo
       if (auto refusal = fill(record, p)) return refusal;
   }
   return std::nullopt;
+}
+
+// The pages whose fields map one to one onto form fields; a page whose
+// fields were not sent is left as loaded.
+void FillSimplePages(ui::OptionPages& pages, const Form& form) {
+  if (Has(form, "misc.Strip")) {
+    ui::MiscellaneousPage& m = pages.frmMiscellaneous;
+    m.txtStrip = Value(form, "misc.Strip");
+    m.chkFQDN = Ticked(form, "misc.FQDN");
+    m.chkAutoMaximize = Ticked(form, "misc.AutoMaximize");
+    m.chkClickSecWindow = Ticked(form, "misc.ClickSecWindow");
+    m.chkWinamp = Ticked(form, "misc.Winamp");
+    m.chkLogoffAfterClose = Ticked(form, "misc.LogoffAfterClose");
+    m.txtAttachmentPath = Value(form, "misc.AttachmentPath");
+    m.txtCCAddress = Value(form, "misc.CC");
+    m.txtBCCAddress = Value(form, "misc.BCC");
+    m.txtWebPort = Value(form, "misc.WebPort");
+  }
+  if (Has(form, "quotes.newsText")) {
+    ui::QuoteHeadersPage& q = pages.frmWrotki;
+    q.chkWrotkaNews = Ticked(form, "quotes.news");
+    q.txtWrotkaNews = Lines(form, "quotes.newsText");
+    q.chkWrotkaMail = Ticked(form, "quotes.mail");
+    q.txtWrotkaMail = Lines(form, "quotes.mailText");
+  }
+  if (Has(form, "text.Wrap")) {
+    ui::TextProcessingPage& t = pages.frmTextProcessing;
+    t.txtWrap = Value(form, "text.Wrap");
+    t.chkHorizontalQCompression = Ticked(form, "text.HorizontalQCompression");
+    t.chkVerticalQCompression = Ticked(form, "text.VerticalQCompression");
+    t.optBottomPosting = Ticked(form, "text.BottomPosting");
+    t.chkCursorOnTop = Ticked(form, "text.CursorOnTop");
+    t.chkOVRWarning = Ticked(form, "text.OVRWarning");
+  }
+  if (Has(form, "files.Log")) {
+    ui::FilesPage& f = pages.frmFiles;
+    f.txtStyles = Value(form, "files.Styles");
+    f.txtSpammers = Value(form, "files.Spammers");
+    f.txtSpammerAddress = Value(form, "files.SpammerAddress");
+    f.txtLog = Value(form, "files.Log");
+  }
+  if (Has(form, "icon.TrayIcon")) {
+    ui::IconPage& i = pages.frmIcon;
+    i.chkTrayIcon = Ticked(form, "icon.TrayIcon");
+    i.chkMinimizeOE = Ticked(form, "icon.MinimizeOE");
+    i.chkTrayDoubleClick = Ticked(form, "icon.TrayDoubleClick");
+  }
+  // No button is chosen while the file holds a mode the page has none for.
+  const std::string state = Value(form, "start.state");
+  if (state == "0" || state == "1" || state == "2")
+    pages.frmOEStart.state = static_cast<ui::ClientStartPage::WindowState>(state[0] - '0');
 }
 
 std::string Refusal(const Settings& s, const ui::PageMessage& m) {
@@ -172,20 +250,82 @@ std::string OptionsJson(const Settings& s) {
   for (int record : pages.frmSygnaturka.Senders()) {
     pages.frmSygnaturka.Select(record);
     const SignatureRecord& r = *pages.frmSygnaturka.Selected();
-    json += std::string(first ? "" : ",") + "{\"record\":" + std::to_string(record) +
-            ",\"name\":" + Str(r.UserName) + ",\"email\":" + Str(r.email) +
-            ",\"distance\":" + std::to_string(r.Distance) + ",\"random\":" + Bool(r.RandomSig) +
-            ",\"text\":" + Str(r.text) + "}";
+    std::string files = "[";
+    for (const std::string& file : r.SigFile) files += (files.size() > 1 ? "," : "") + Str(file);
+    const auto longLines = pages.frmSygnaturka.LongLineLimit();
+    json += (first ? "" : ",") +
+            Object()
+                .Add("record", std::to_string(record))
+                .Text("name", r.UserName)
+                .Text("email", r.email)
+                .Add("distance", std::to_string(r.Distance))
+                .Flag("random", r.RandomSig)
+                .Text("text", r.text)
+                .Add("files", files + "]")
+                .Add("longLineLimit", longLines ? std::to_string(*longLines) : "null")
+                .Close();
     first = false;
   }
   const ui::FiltersPage& f = pages.frmFilters;
-  json += std::string("],\"filters\":{\"BeginFilter\":") + Bool(f.chkBeginFilter) +
-          ",\"CharFiltering\":" + std::to_string(static_cast<int>(f.charFilter)) +
-          ",\"AsianFilter\":" + Bool(f.chkAsianFilter) +
-          ",\"AFPercentage\":" + Str(f.txtAFPercentage) + ",\"AFMin\":" + Str(f.txtAFMin) + "}";
-  json += ",\"misc\":{\"Strip\":" + Str(pages.frmMiscellaneous.txtStrip) +
-          ",\"FQDN\":" + Bool(pages.frmMiscellaneous.chkFQDN) + "}}";
-  return json;
+  json +=
+      "],\"filters\":" + Object()
+                             .Flag("BeginFilter", f.chkBeginFilter)
+                             .Add("CharFiltering", std::to_string(static_cast<int>(f.charFilter)))
+                             .Flag("AsianFilter", f.chkAsianFilter)
+                             .Text("AFPercentage", f.txtAFPercentage)
+                             .Text("AFMin", f.txtAFMin)
+                             .Close();
+  const ui::MiscellaneousPage& m = pages.frmMiscellaneous;
+  json += ",\"misc\":" + Object()
+                             .Text("Strip", m.txtStrip)
+                             .Flag("FQDN", m.chkFQDN)
+                             .Flag("AutoMaximize", m.chkAutoMaximize)
+                             .Flag("ClickSecWindow", m.chkClickSecWindow)
+                             .Flag("Winamp", m.chkWinamp)
+                             .Flag("LogoffAfterClose", m.chkLogoffAfterClose)
+                             .Text("AttachmentPath", m.txtAttachmentPath)
+                             .Text("CC", m.txtCCAddress)
+                             .Text("BCC", m.txtBCCAddress)
+                             .Text("WebPort", m.txtWebPort)
+                             .Close();
+  const ui::QuoteHeadersPage& q = pages.frmWrotki;
+  std::string legend = "[";
+  for (int offset : ui::QuoteHeadersPage::kLegend)
+    legend += (legend.size() > 1 ? "," : "") + std::to_string(offset);
+  json += ",\"quotes\":" + Object()
+                               .Flag("news", q.chkWrotkaNews)
+                               .Text("newsText", q.txtWrotkaNews)
+                               .Flag("mail", q.chkWrotkaMail)
+                               .Text("mailText", q.txtWrotkaMail)
+                               .Add("legend", legend + "]")
+                               .Close();
+  const ui::TextProcessingPage& t = pages.frmTextProcessing;
+  json += ",\"text\":" + Object()
+                             .Text("Wrap", t.txtWrap)
+                             .Flag("HorizontalQCompression", t.chkHorizontalQCompression)
+                             .Flag("VerticalQCompression", t.chkVerticalQCompression)
+                             .Flag("BottomPosting", t.optBottomPosting)
+                             .Flag("CursorOnTop", t.chkCursorOnTop)
+                             .Flag("OVRWarning", t.chkOVRWarning)
+                             .Close();
+  const ui::FilesPage& files = pages.frmFiles;
+  json += ",\"files\":" + Object()
+                              .Text("Styles", files.txtStyles)
+                              .Text("Spammers", files.txtSpammers)
+                              .Text("SpammerAddress", files.txtSpammerAddress)
+                              .Text("Log", files.txtLog)
+                              .Close();
+  const ui::IconPage& icon = pages.frmIcon;
+  json += ",\"icon\":" + Object()
+                             .Flag("TrayIcon", icon.chkTrayIcon)
+                             .Flag("MinimizeOE", icon.chkMinimizeOE)
+                             .Flag("TrayDoubleClick", icon.chkTrayDoubleClick)
+                             .Close();
+  const auto& state = pages.frmOEStart.state;
+  json += ",\"start\":" +
+          Object().Add("state", state ? std::to_string(static_cast<int>(*state)) : "null").Close();
+  json += ",\"about\":" + Object().Text("version", ui::AboutPage::Version()).Close();
+  return json + "}";
 }
 
 std::string ApplyOptions(const Form& form, SettingsStore& store, ui::SettingsApplier& applier) {
@@ -206,10 +346,7 @@ std::string ApplyOptions(const Form& form, SettingsStore& store, ui::SettingsApp
     f.txtAFPercentage = Value(form, "filters.AFPercentage");
     f.txtAFMin = Value(form, "filters.AFMin");
   }
-  if (Has(form, "misc.Strip")) {
-    pages.frmMiscellaneous.txtStrip = Value(form, "misc.Strip");
-    pages.frmMiscellaneous.chkFQDN = Ticked(form, "misc.FQDN");
-  }
+  FillSimplePages(pages, form);
   if (auto refusal = pages.Apply(applier)) return Refusal(*snapshot, refusal->second);
   return "{\"applied\":true}";
 }

@@ -15,9 +15,10 @@ namespace brindle::web {
 
 using Form = std::map<std::string, std::string>;
 
-// The pages as JSON: tunnels, news and mail headers, signatures, filters,
-// the References limit, and where the settings file is (and whether it
-// exists yet).
+// Every page of the options window as JSON (tunnels, news and mail headers,
+// signatures with their file lists, filters, miscellaneous, quote headers,
+// text processing, files locations, icon, the client's start, about), and
+// where the settings file is (and whether it exists yet).
 std::string OptionsJson(const Settings& s);
 
 // Applies the form. The answer is JSON: {"applied":true} or the page's

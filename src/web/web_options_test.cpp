@@ -9,6 +9,7 @@
 #include "core/settings_file.h"
 #include "proxy/proxy.h"
 #include "proxy/tunnel.h"
+#include "web/web_options.h"
 #include "web/web_view.h"
 
 namespace brindle::web {
@@ -91,6 +92,37 @@ TEST_F(WebOptionsTest, ApplyWritesTheFileAndRestartsTheChangedTunnel) {
   EXPECT_NE(refused.body.find("Enter server address."), std::string::npos) << refused.body;
   EXPECT_EQ(ReadAll(dir_ / "OE_Brindle.ini"), before);
   EXPECT_EQ(proxy_.Tunnels()[0]->DestPort, 120);
+}
+
+// The pages the options window has beyond tunnels and headers: what the
+// browser sends lands in the file as the window would write it, multi-line
+// boxes with CR LF, and a bad port is refused with the tunnel's message.
+TEST_F(WebOptionsTest, EveryPageReachesTheFileAndABadWebPortIsRefused) {
+  ASSERT_EQ(Apply("misc.Strip=600&misc.WebPort=8120&misc.AutoMaximize=1&misc.CC=cc%40x"
+                  "&quotes.news=1&quotes.newsText=%25n+wrote%3A%0Aline+two&quotes.mail=0"
+                  "&quotes.mailText=&text.Wrap=200&text.BottomPosting=0&files.Styles=s.css"
+                  "&files.Spammers=%2Ftmp%2Fsp.txt&files.SpammerAddress=sp%40x&files.Log=l.log"
+                  "&icon.TrayIcon=0&start.state=2&senders=1&sender0.record=&sender0.email=a%40x"
+                  "&sender0.text=--%0Aa&sender0.files=2&sender0.file0=%2Fs1&sender0.file1=")
+                .body,
+            "{\"applied\":true}");
+  const std::string file = ReadAll(dir_ / "OE_Brindle.ini");
+  for (const char* line :
+       {"\r\nStripReferences=600\r\n", "\r\nAutoBCC=\r\nWebPort=8120\r\n",
+        "\r\nAutoMaximize=1\r\nAutoCC=cc@x\r\n", "\r\nWrapText=132\r\nBottomPosting=0\r\n",
+        "\r\nSpammerAddress=sp@x\r\nSpammersBase=/tmp/sp.txt\r\nLogFile=l.log\r\nStyles=s.css\r\n",
+        "\r\nTrayIcon=0\r\n", "\r\nOEWindowStartupState=2\r\n",
+        "[NewsQuoteHeader]\r\nLines=2\r\n%n wrote:\r\nline two\r\nChangeQuoteHeader=1\r\n",
+        "SigLines=2\r\n--\r\na\r\nRandomSig=0\r\nSigFile=/s1\r\n[Backgrounds]"})
+    EXPECT_NE(file.find(line), std::string::npos) << line << " missing from\n" << file;
+  const std::string json = OptionsJson(*store_.Current());
+  EXPECT_NE(json.find("\"files\":[\"/s1\"]"), std::string::npos) << json;
+  EXPECT_NE(json.find("\"start\":{\"state\":2}"), std::string::npos) << json;
+
+  const WebResponse refused = Apply("misc.Strip=600&misc.WebPort=70000");
+  EXPECT_NE(refused.body.find("Port number must be between 1 and 65535"), std::string::npos)
+      << refused.body;
+  EXPECT_EQ(ReadAll(dir_ / "OE_Brindle.ini"), file);
 }
 
 }  // namespace

@@ -5,10 +5,10 @@
 //
 //   BRINDLE_BIN_DIR   where brindle and SslBridge are (default build/debug/bin)
 //   BRINDLE_CHROMIUM  the browser (default /usr/bin/chromium)
-//   BRINDLE_SCREENSHOTS=DIR  also save the options and status pages there
+//   BRINDLE_SCREENSHOTS=DIR  also save the option pages and the status page there
 import { chromium } from "playwright-core";
 import { spawn } from "node:child_process";
-import { mkdtempSync, rmSync } from "node:fs";
+import { mkdtempSync, readFileSync, rmSync } from "node:fs";
 import net from "node:net";
 import os from "node:os";
 import path from "node:path";
@@ -160,6 +160,49 @@ await page.waitForSelector("#options-message.applied");
 if (shots) {
   await page.click("#tab-tunnels");
   await page.screenshot({ path: path.join(shots, "browser-options.png") });
+}
+
+// The pages beyond tunnels and headers write through the same Apply: a bad
+// port is refused with the language's message, good values reach the file.
+const iniText = () => readFileSync(path.join(settingsDir, "OE_Brindle.ini"), "latin1");
+const logPath = path.join(settingsDir, "moved.log");
+await page.click("#tab-files");
+await page.fill("[name='files.Log']", logPath);
+await page.click("#tab-text");
+await page.fill("[name='text.Wrap']", "200");
+await page.click("#tab-misc");
+await page.fill("[name='misc.WebPort']", "70000");
+const beforeRefusal = iniText();
+await page.click("#apply");
+await page.locator("#options-message.message", { hasText: "65535" }).waitFor();
+check(iniText() === beforeRefusal, "a port outside 1..65535 is refused and nothing is written");
+await page.fill("[name='misc.WebPort']", "8120");
+await page.click("#apply");
+await page.waitForSelector("#options-message.applied");
+const ini = iniText();
+check(ini.includes("\r\nLogFile=" + logPath + "\r\n") && ini.includes("\r\nWrapText=132\r\n") &&
+      ini.includes("\r\nWebPort=8120\r\n"), "files, text processing and port reach the settings file");
+check(await page.inputValue("[name='text.Wrap']") === "132", "the page shows the stored wrap length");
+if (shots) {
+  for (const tab of ["misc", "quotes", "text", "files", "icon", "start", "signatures"]) {
+    if (tab === "signatures") {
+      await page.click("#tab-signatures");
+      if (await page.locator("#sender-list .sender").count() === 0) {
+        await page.click("#sender-add");
+        const s = page.locator("#sender-list .sender").last();
+        await s.locator("[name=name]").fill("Jan Kowalski");
+        await s.locator("[name=email]").fill("jan@example.org");
+        await s.locator("[name=text]").fill("Jan Kowalski\nhttps://example.org/~jan");
+        await s.locator(".new-file").fill("/home/jan/sigs/one.txt");
+        await s.locator(".new-file + button").click();
+        await s.locator("[name=random]").check();
+        await page.click("#apply");
+        await page.waitForSelector("#options-message.applied");
+      }
+    }
+    await page.click("#tab-" + tab);
+    await page.screenshot({ path: path.join(shots, "browser-options-" + tab + ".png") });
+  }
 }
 
 await page.click("#nav-status");

@@ -66,10 +66,30 @@ function headersPage(box, data) {
   box.append(el("div", { class: "table-scroll" }, table), captioned("p", 137));
 }
 
+// One file of a sender's list, kept in a hidden field so that it travels
+// with the form.
+function fileRow(path) {
+  const row = el("li", {}, el("input", { type: "hidden", name: "file", value: path }), path + " ");
+  const remove = captioned("button", 30, { type: "button" });
+  remove.addEventListener("click", () => row.remove());
+  row.append(remove);
+  return row;
+}
+
 function senderBox(s) {
   const box = el("div", { class: "sender", "data-record": s.record === undefined ? "" : String(s.record) });
-  const remove = captioned("button", 30, { type: "button" });
+  const remove = captioned("button", 30, { type: "button", class: "remove-sender" });
   remove.addEventListener("click", () => box.remove());
+  const files = el("ul", { class: "files" }, ...(s.files || []).map(fileRow));
+  const newFile = el("input", { class: "new-file", placeholder: "/path/to/signature.txt", size: 40 });
+  const addFile = captioned("button", 94, { type: "button" });
+  addFile.addEventListener("click", () => {
+    if (newFile.value.trim()) files.append(fileRow(newFile.value.trim()));
+    newFile.value = "";
+  });
+  const warning = el("p", { class: "message" });
+  if (s.longLineLimit)
+    warning.textContent = caption(100) + " " + s.longLineLimit + " " + caption(128);
   box.append(
     el("div", { class: "field" }, captioned("span", 102), el("input", { name: "name", value: s.name ?? "" })),
     el("div", { class: "field" }, captioned("span", 103), el("input", { name: "email", value: s.email ?? "" })),
@@ -77,9 +97,11 @@ function senderBox(s) {
        el("span", {}, el("input", { name: "distance", value: String(s.distance ?? 1), size: 3 }), " ",
           captioned("span", 95))),
     captioned("div", 96),
-    el("textarea", { name: "text", rows: 4 }),
+    el("textarea", { name: "text", rows: 4, spellcheck: "false" }),
+    warning,
     el("label", {}, el("input", { type: "checkbox", name: "random", checked: !!s.random }), " ",
        captioned("span", 97)),
+    el("div", { class: "file-box" }, files, el("div", {}, newFile, " ", addFile)),
     remove);
   box.querySelector("textarea").value = s.text ?? "";
   return box;
@@ -95,15 +117,18 @@ function fillOptions(data) {
   headersPage(document.getElementById("news-headers"), data.news);
   headersPage(document.getElementById("mail-headers"), data.mail);
   document.getElementById("sender-list").replaceChildren(...data.senders.map(senderBox));
-  const form = document.getElementById("options-form");
-  form.elements["filters.BeginFilter"].checked = data.filters.BeginFilter;
-  form.elements["filters.AsianFilter"].checked = data.filters.AsianFilter;
-  for (const r of form.querySelectorAll("[name='filters.CharFiltering']"))
-    r.checked = r.value === String(data.filters.CharFiltering);
-  form.elements["filters.AFPercentage"].value = data.filters.AFPercentage;
-  form.elements["filters.AFMin"].value = data.filters.AFMin;
-  form.elements["misc.Strip"].value = data.misc.Strip;
-  form.elements["misc.FQDN"].checked = data.misc.FQDN;
+  // The pages whose fields are named "page.Key" after data[page][Key].
+  for (const input of document.querySelectorAll(simpleFields)) {
+    const [page, key] = input.name.split(".");
+    const value = data[page][key];
+    const text = typeof value === "boolean" ? (value ? "1" : "0") : String(value ?? "");
+    if (input.type === "checkbox") input.checked = !!value;
+    else if (input.type === "radio") input.checked = value !== null && input.value === text;
+    else input.value = text;
+  }
+  document.getElementById("quote-legend").replaceChildren(
+    ...data.quotes.legend.map((offset) => captioned("li", offset)));
+  document.getElementById("about-version").textContent = data.about.version;
   showTab(data.settingsFileExists ? options.tab : "tunnel-page");
 }
 
@@ -114,10 +139,13 @@ function showTab(name) {
     if (b.dataset.tab === name) b.setAttribute("aria-current", "page"); else b.removeAttribute("aria-current");
 }
 
+const simpleFields = ["filters", "misc", "quotes", "text", "files", "icon", "start"]
+  .map((id) => "#" + id + " [name]").join(", ");
+
 function collect() {
   const fields = {};
   const form = document.getElementById("options-form");
-  for (const input of form.querySelectorAll("#news-headers [name], #mail-headers [name], #filters [name], #misc [name]")) {
+  for (const input of form.querySelectorAll("#news-headers [name], #mail-headers [name], " + simpleFields)) {
     if (input.type === "checkbox") fields[input.name] = input.checked ? "1" : "0";
     else if (input.type === "radio") { if (input.checked) fields[input.name] = input.value; }
     else fields[input.name] = input.value;
@@ -135,8 +163,11 @@ function collect() {
   senders.forEach((box, i) => {
     const p = "sender" + i + ".";
     fields[p + "record"] = box.dataset.record;
-    for (const input of box.querySelectorAll("[name]"))
+    for (const input of box.querySelectorAll("[name]:not([name=file])"))
       fields[p + input.name] = input.type === "checkbox" ? (input.checked ? "1" : "0") : input.value;
+    const files = [...box.querySelectorAll("[name=file]")];
+    fields[p + "files"] = String(files.length);
+    files.forEach((input, k) => { fields[p + "file" + k] = input.value; });
   });
   return fields;
 }
