@@ -49,6 +49,9 @@ void ChannelPair::ConnectTo(const tcp::resolver::results_type& endpoints) {
   asio::async_connect(server_, endpoints,
                       [self = shared_from_this()](std::error_code ec, const tcp::endpoint&) {
                         if (ec) return self->Ended("server connect", ec);
+                        std::error_code ignored;
+                        const auto local = self->server_.local_endpoint(ignored);
+                        if (!ignored) self->channel_.ServerConnected(local.address().to_string());
                         self->NoDelay();
                         self->ReadServer();
                         self->ReadClient();
@@ -74,6 +77,7 @@ void ChannelPair::ReadClient() {
       log::Warning(std::string("Channel ended, client data not processed: ") + e.what());
       return self->Ended("client data", {});
     }
+    if (self->channel_.Ending()) return self->SayFarewell();
     if (self->toServer_.empty()) return self->ReadClient();
     asio::async_write(self->server_, asio::buffer(self->toServer_),
                       [self](std::error_code ec, size_t) {
@@ -95,6 +99,7 @@ void ChannelPair::ReadServer() {
       log::Warning(std::string("Channel ended, server data not processed: ") + e.what());
       return self->Ended("server data", {});
     }
+    if (self->channel_.Ending()) return self->SayFarewell();
     if (self->toClient_.empty()) return self->ReadServer();
     asio::async_write(self->client_, asio::buffer(self->toClient_),
                       [self](std::error_code ec, size_t) {
@@ -103,6 +108,18 @@ void ChannelPair::ReadServer() {
                         self->ReadServer();
                       });
   });
+}
+
+// The channel broke a limit: its error answer goes to the client (after
+// anything still being written there), then both sides close.
+void ChannelPair::SayFarewell() {
+  if (closed_ || farewellSent_) return;
+  farewellSent_ = true;
+  farewell_ = channel_.Farewell();
+  if (farewell_.empty() || !toClient_.empty()) return Ended("limit", {});
+  asio::async_write(
+      client_, asio::buffer(farewell_),
+      [self = shared_from_this()](std::error_code, size_t) { self->Ended("limit", {}); });
 }
 
 void ChannelPair::Ended(const char* what, const std::error_code& ec) {

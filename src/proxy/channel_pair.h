@@ -50,6 +50,7 @@ class ChannelPair : public std::enable_shared_from_this<ChannelPair> {
   void NoDelay();
   void ReadClient();
   void ReadServer();
+  void SayFarewell();
   void Ended(const char* what, const std::error_code& ec);
 
   int16_t index_;
@@ -63,6 +64,8 @@ class ChannelPair : public std::enable_shared_from_this<ChannelPair> {
   std::array<char, kReadSize> fromServer_;
   std::string toServer_;
   std::string toClient_;
+  std::string farewell_;
+  bool farewellSent_ = false;
   bool closed_ = false;
 };
 
