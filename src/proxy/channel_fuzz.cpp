@@ -17,16 +17,16 @@ namespace {
 // Each step hands the text back as it came.
 class SameSteps : public MessageSteps {
  public:
-  std::string AppendSignature(std::string t, const Settings&) override { return t; }
-  std::string CutReferences(std::string t, int) override { return t; }
-  std::string ChangeNewsHeaders(std::string t, const Settings&) override { return t; }
-  std::string InsertNewsCustomHeaders(std::string t, const Settings&) override { return t; }
-  std::string ChangeMailHeaders(std::string t, const Settings&) override { return t; }
-  std::string InsertMailCustomHeaders(std::string t, const Settings&) override { return t; }
-  std::string FilterBegin(std::string t) override { return t; }
-  std::string FilterChars(std::string t, int16_t) override { return t; }
-  std::string MarkAsianSpam(std::string t, int16_t, int16_t) override { return t; }
-  std::string FixBoundary(std::string t) override { return t; }
+  std::string AppendSignature(std::string&& t, const Settings&) override { return t; }
+  std::string CutReferences(std::string&& t, int) override { return t; }
+  std::string ChangeNewsHeaders(std::string&& t, const Settings&) override { return t; }
+  std::string InsertNewsCustomHeaders(std::string&& t, const Settings&) override { return t; }
+  std::string ChangeMailHeaders(std::string&& t, const Settings&) override { return t; }
+  std::string InsertMailCustomHeaders(std::string&& t, const Settings&) override { return t; }
+  std::string FilterBegin(std::string&& t) override { return t; }
+  std::string FilterChars(std::string&& t, int16_t) override { return t; }
+  std::string MarkAsianSpam(std::string&& t, int16_t, int16_t) override { return t; }
+  std::string FixBoundary(std::string&& t) override { return t; }
 };
 
 void RequirePrefix(const std::string& out, const std::string& in, const char* side) {

@@ -33,8 +33,10 @@ TEST(MessagePipelineTest, MailFilterAndFailureKeepTheOriginal) {
   Settings s;
   RecordingSteps steps;
   EXPECT_EQ(FilterMailMessage("m\r\n.\r\n", s, steps), "m{FixBoundary}\r\n.\r\n");
-  steps.failIn = "ChangeNewsHeaders";  // a later step fails: nothing of the earlier ones stays
-  EXPECT_EQ(RewriteNewsArticle("a\r\n.\r\n", s, steps), "a\r\n.\r\n");
+  // A later step fails: the article goes on whole, as the earlier steps left it.
+  steps.failIn = "ChangeNewsHeaders";
+  EXPECT_EQ(RewriteNewsArticle("a\r\n.\r\n", s, steps),
+            "a{AppendSignature}{CutReferences950}\r\n.\r\n");
 }
 
 // What the display shows of a client stream, piece after piece.

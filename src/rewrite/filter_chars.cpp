@@ -62,7 +62,7 @@ void BlankControls(std::string& text) {
 
 }  // namespace
 
-std::string FilterChars(std::string text, int16_t charFiltering) {
+std::string FilterChars(std::string&& text, int16_t charFiltering) {
   if (charFiltering == 1) {
     BlankControls(text);
     return text;
