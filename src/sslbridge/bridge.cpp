@@ -1,7 +1,6 @@
 #include "sslbridge/bridge.h"
 
 #include <array>
-#include <csignal>
 #include <vector>
 
 #include <asio/steady_timer.hpp>
@@ -42,6 +41,7 @@ struct Bridge::Route {
   std::string host;
   uint16_t destPort = 0;
   tcp::acceptor acceptor;
+  std::shared_ptr<RouteTarget> target;  // shared with the route's relays
 };
 
 // Reads one command up to "END" within the read limit, then closes.
@@ -125,11 +125,11 @@ class Bridge::ControlSession : public std::enable_shared_from_this<ControlSessio
 };
 
 Bridge::Bridge(asio::io_context& io, BridgeOptions options)
-    : io_(io), options_(std::move(options)), tls_(options_, trustProblems_), control_(io) {
+    : io_(io),
+      options_(std::move(options)),
+      tls_(TlsEngine::Create(options_, trustProblems_)),
+      control_(io) {
   for (const auto& problem : trustProblems_) log::Error(problem);
-  // The TLS library writes with write(2): a server that went away must come
-  // back as an error on that connection, not end the whole companion.
-  std::signal(SIGPIPE, SIG_IGN);
 }
 
 Bridge::~Bridge() {
@@ -186,6 +186,7 @@ void Bridge::AddRoute(const ControlCommand& command) {
     std::string old = route.host + ":" + std::to_string(route.destPort);
     route.host = command.host;
     route.destPort = command.destPort;
+    if (old != where) route.target = NewTarget(route);
     if (old == where) {
       log::Info("route " + std::to_string(command.port) + " to " + where + " added again");
     } else {
@@ -198,6 +199,7 @@ void Bridge::AddRoute(const ControlCommand& command) {
   route->port = command.port;
   route->host = command.host;
   route->destPort = command.destPort;
+  route->target = NewTarget(*route);
   if (std::error_code ec = Listen(route->acceptor, command.port)) {
     log::Error("route " + std::to_string(command.port) + " to " + where +
                ": cannot listen on 127.0.0.1:" + std::to_string(command.port) + ": " +
@@ -211,6 +213,15 @@ void Bridge::AddRoute(const ControlCommand& command) {
                  command.host + " (insecure-host)");
   }
   AcceptOn(route);
+}
+
+std::shared_ptr<RouteTarget> Bridge::NewTarget(const Route& route) {
+  auto target = std::make_shared<RouteTarget>();
+  target->routePort = route.port;
+  target->host = route.host;
+  target->port = route.destPort;
+  target->tls = tls_->NewRouteCache();
+  return target;
 }
 
 void Bridge::DeleteRoute(uint16_t port) {
@@ -229,9 +240,9 @@ void Bridge::AcceptOn(const std::shared_ptr<Route>& route) {
   route->acceptor.async_accept([this, route](std::error_code ec, tcp::socket socket) {
     if (ec == asio::error::operation_aborted || !route->acceptor.is_open()) return;
     if (!ec) {
-      RelayTarget target{route->port, route->host, route->destPort};
-      auto relay = std::make_shared<Relay>(std::move(socket), target, tls_, options_.handshakeLimit,
-                                           [this](Relay* r) { relays_.erase(r); });
+      auto relay =
+          std::make_shared<Relay>(std::move(socket), route->target, *tls_, options_.handshakeLimit,
+                                  [this](Relay* r) { relays_.erase(r); });
       relays_[relay.get()] = relay;
       relay->Start();
     }

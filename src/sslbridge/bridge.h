@@ -17,11 +17,12 @@
 
 #include "sslbridge/bridge_options.h"
 #include "sslbridge/control_command.h"
-#include "sslbridge/tls_client.h"
+#include "sslbridge/tls_engine.h"
 
 namespace brindle::sslbridge {
 
 class Relay;
+struct RouteTarget;
 
 class Bridge {
  public:
@@ -51,11 +52,12 @@ class Bridge {
   void AddRoute(const ControlCommand& command);
   void DeleteRoute(uint16_t port);
   void AcceptOn(const std::shared_ptr<Route>& route);
+  std::shared_ptr<RouteTarget> NewTarget(const Route& route);
 
   asio::io_context& io_;
   BridgeOptions options_;
   std::vector<std::string> trustProblems_;  // filled while tls_ is built
-  TlsClientContext tls_;
+  std::unique_ptr<TlsEngine> tls_;
   asio::ip::tcp::acceptor control_;
   std::map<uint16_t, std::shared_ptr<Route>> routes_;
   std::unordered_map<Relay*, std::weak_ptr<Relay>> relays_;

@@ -31,6 +31,14 @@ void ExpectEcho(LoopbackClient& client, const std::string& line) {
   EXPECT_EQ(client.ReadUntil("\r\n"), line);
 }
 
+size_t CountIn(const std::string& text, const std::string& needle) {
+  size_t count = 0;
+  for (size_t at = text.find(needle); at != std::string::npos; at = text.find(needle, at + 1)) {
+    ++count;
+  }
+  return count;
+}
+
 // Expects the client to be closed without a single byte reaching it.
 void ExpectClosedUnanswered(LoopbackClient& client, const std::string& why = "") {
   bool closed = false;
@@ -167,6 +175,25 @@ TEST_F(BridgeTest, InsecureHostSkipsTheChecksForThatHostOnly) {
   LoopbackClient checked(Route("127.0.0.1", untrusted));
   checked.Send("+OK\r\n");
   ExpectClosedUnanswered(checked);
+}
+
+// A route's next connection resumes the session the server handed out; a
+// route pointed at another server starts afresh.
+TEST_F(BridgeTest, LaterConnectionsOfARouteResumeItsSession) {
+  TlsEchoServer first(testing::MakeServerCert(*ca_, {"localhost"}));
+  TlsEchoServer second(testing::MakeServerCert(*ca_, {"localhost"}));
+  StartBridge();
+  uint16_t port = Route("localhost", first);
+  for (const char* line : {"one\r\n", "two\r\n"}) {
+    LoopbackClient client(port);
+    ExpectEcho(client, line);
+  }
+  EXPECT_EQ(CountIn(log_.Text(), ", resumed"), 1u) << log_.Text();
+
+  ASSERT_TRUE(SendControl(control_, AddRoute(port, "localhost", second.Port())));
+  LoopbackClient client(port);
+  ExpectEcho(client, "three\r\n");
+  EXPECT_EQ(CountIn(log_.Text(), ", resumed"), 1u) << log_.Text();
 }
 
 TEST_F(BridgeTest, DeleteStopsTheListenerButLetsRelaysFinish) {

@@ -1,9 +1,5 @@
 #include "sslbridge/relay.h"
 
-#include <cerrno>
-#include <cstring>
-
-#include <openssl/err.h>
 #include <asio/connect.hpp>
 #include <asio/write.hpp>
 
@@ -18,7 +14,7 @@ namespace {
 constexpr std::chrono::seconds kCloseLinger{30};
 }  // namespace
 
-Relay::Relay(tcp::socket client, RelayTarget target, const TlsClientContext& tls,
+Relay::Relay(tcp::socket client, std::shared_ptr<RouteTarget> target, TlsEngine& tls,
              std::chrono::milliseconds handshakeLimit, ClosedHandler onClosed)
     : client_(std::move(client)),
       server_(client_.get_executor()),
@@ -27,13 +23,15 @@ Relay::Relay(tcp::socket client, RelayTarget target, const TlsClientContext& tls
       target_(std::move(target)),
       tls_(tls),
       handshakeLimit_(handshakeLimit),
-      onClosed_(std::move(onClosed)) {}
+      onClosed_(std::move(onClosed)),
+      fromClient_(kBufferSize),
+      fromServer_(kBufferSize) {}
 
 Relay::~Relay() = default;
 
 std::string Relay::Name() const {
-  return "route " + std::to_string(target_.routePort) + " (" + target_.host + ":" +
-         std::to_string(target_.port) + ")";
+  return "route " + std::to_string(target_->routePort) + " (" + target_->host + ":" +
+         std::to_string(target_->port) + ")";
 }
 
 void Relay::ArmTimer(std::chrono::milliseconds limit, const char* what) {
@@ -43,166 +41,183 @@ void Relay::ArmTimer(std::chrono::milliseconds limit, const char* what) {
   });
 }
 
+// The route's server name is looked up once; the addresses serve every later
+// connection until one of them cannot be reached.
 void Relay::Start() {
   ArmTimer(handshakeLimit_, "connect and TLS handshake took too long");
+  if (target_->addresses) return Connect(*target_->addresses);
   resolver_.async_resolve(
-      target_.host, std::to_string(target_.port),
+      target_->host, std::to_string(target_->port),
       [self = shared_from_this()](std::error_code ec, tcp::resolver::results_type results) {
         if (self->closed_) return;
         if (ec) return self->Fail("cannot resolve the server name: " + ec.message());
-        asio::async_connect(self->server_, results,
-                            [self](std::error_code ec, const tcp::endpoint&) {
-                              if (self->closed_) return;
-                              if (ec)
-                                return self->Fail("cannot connect to the server: " + ec.message());
-                              self->OnConnected();
-                            });
+        self->target_->addresses = results;
+        self->Connect(results);
       });
+}
+
+void Relay::Connect(const tcp::resolver::results_type& addresses) {
+  asio::async_connect(server_, addresses,
+                      [self = shared_from_this()](std::error_code ec, const tcp::endpoint&) {
+                        if (self->closed_) return;
+                        if (ec) {
+                          self->target_->addresses.reset();  // look the name up again next time
+                          return self->Fail("cannot connect to the server: " + ec.message());
+                        }
+                        self->OnConnected();
+                      });
 }
 
 void Relay::OnConnected() {
   std::error_code ignored;
   server_.set_option(tcp::no_delay(true), ignored);
   client_.set_option(tcp::no_delay(true), ignored);
-  server_.native_non_blocking(true, ignored);
-  ssl_ = tls_.NewSession(target_.host, server_.native_handle());
-  if (!ssl_) return Fail("TLS session not created: " + TakeOpenSslErrors());
-  Handshake();
+  StartTls();
 }
 
-void Relay::WaitServer(Wait wait, void (Relay::*next)()) {
-  auto type = wait == Wait::kRead ? tcp::socket::wait_read : tcp::socket::wait_write;
-  server_.async_wait(type, [self = shared_from_this(), next](std::error_code ec) {
-    if (self->closed_) return;
-    if (ec) return self->Fail("server socket: " + ec.message());
-    ((*self).*next)();
-  });
+// The TLS handshake starts on a connected server socket; anything a route
+// has to say in the clear first belongs before this.
+void Relay::StartTls() {
+  std::string failure;
+  session_ = tls_.NewSession(target_->host, target_->tls, failure);
+  if (!session_) return Fail(failure);
+  HandshakeStep();
+  if (!closed_ && !established_) ReadServer();
 }
 
-void Relay::Handshake() {
-  ERR_clear_error();
-  int rc = SSL_connect(ssl_.get());
-  if (rc == 1) {
-    established_ = true;
-    timer_.cancel();
-    log::Info(Name() + ": connected, " + SSL_get_version(ssl_.get()) + ", " +
-              SSL_get_cipher_name(ssl_.get()));
-    return StartPumps();
-  }
-  int savedErrno = errno;
-  int err = SSL_get_error(ssl_.get(), rc);
-  if (err == SSL_ERROR_WANT_READ) return WaitServer(Wait::kRead, &Relay::Handshake);
-  if (err == SSL_ERROR_WANT_WRITE) return WaitServer(Wait::kWrite, &Relay::Handshake);
-  Fail("TLS handshake failed: " + DescribeHandshakeFailure(ssl_.get(), err, savedErrno));
-}
-
-void Relay::StartPumps() {
-  ReadClient();
-  ReadServer();
-}
-
-// Client -> server.
-
-void Relay::ReadClient() {
-  client_.async_read_some(asio::buffer(up_),
-                          [self = shared_from_this()](std::error_code ec, size_t n) {
-                            if (self->closed_) return;
-                            if (ec == asio::error::eof) {
-                              self->clientDone_ = true;
-                              self->SendCloseNotify();
-                              return;
-                            }
-                            if (ec) return self->Fail("client connection: " + ec.message());
-                            self->WriteServer(0, n);
-                          });
-}
-
-void Relay::WriteServer(size_t offset, size_t length) {
-  pendingUpOffset_ = offset;
-  pendingUp_ = length;
-  while (pendingUp_ > 0) {
-    ERR_clear_error();
-    int rc = SSL_write(ssl_.get(), up_.data() + pendingUpOffset_, static_cast<int>(pendingUp_));
-    if (rc > 0) {
-      pendingUpOffset_ += static_cast<size_t>(rc);
-      pendingUp_ -= static_cast<size_t>(rc);
-      continue;
-    }
-    int err = SSL_get_error(ssl_.get(), rc);
-    auto retry = [](Relay& r) { r.WriteServer(r.pendingUpOffset_, r.pendingUp_); };
-    if (err == SSL_ERROR_WANT_WRITE || err == SSL_ERROR_WANT_READ) {
-      auto type = err == SSL_ERROR_WANT_WRITE ? tcp::socket::wait_write : tcp::socket::wait_read;
-      server_.async_wait(type, [self = shared_from_this(), retry](std::error_code ec) {
-        if (self->closed_) return;
-        if (ec) return self->Fail("server socket: " + ec.message());
-        retry(*self);
-      });
-      return;
-    }
-    return Fail("sending to the server failed: " + TakeOpenSslErrors());
-  }
+void Relay::HandshakeStep() {
+  TlsStatus status = session_->Handshake();
+  FlushServer();
+  if (status == TlsStatus::kFailed) return Fail("TLS handshake failed: " + session_->Failure());
+  if (status != TlsStatus::kDone) return;
+  established_ = true;
+  timer_.cancel();
+  log::Info(Name() + ": connected, " + session_->Description() +
+            (session_->Resumed() ? ", resumed" : ""));
   ReadClient();
 }
 
-void Relay::SendCloseNotify() {
-  if (closed_) return;
-  ERR_clear_error();
-  int rc = SSL_shutdown(ssl_.get());
-  if (rc < 0) {
-    int err = SSL_get_error(ssl_.get(), rc);
-    if (err == SSL_ERROR_WANT_WRITE) return WaitServer(Wait::kWrite, &Relay::SendCloseNotify);
-    // The server may already be gone; nothing more to tell it.
-    TakeOpenSslErrors();
-  }
-  if (!serverDone_) ArmTimer(kCloseLinger, "the server did not close after close_notify");
-  MaybeFinish();
-}
-
-// Server -> client. Collects what the TLS layer already holds before writing,
+// Server -> client. Whatever one socket read brings is decrypted as a whole,
 // so a bulk download goes to the client in large pieces.
 
 void Relay::ReadServer() {
-  size_t filled = 0;
-  while (filled < down_.size()) {
-    ERR_clear_error();
-    int rc = SSL_read(ssl_.get(), down_.data() + filled, static_cast<int>(down_.size() - filled));
-    if (rc > 0) {
-      filled += static_cast<size_t>(rc);
-      continue;
-    }
-    int savedErrno = errno;
-    int err = SSL_get_error(ssl_.get(), rc);
-    if (filled > 0 && (err == SSL_ERROR_WANT_READ || err == SSL_ERROR_WANT_WRITE)) break;
-    if (err == SSL_ERROR_WANT_READ) return WaitServer(Wait::kRead, &Relay::ReadServer);
-    if (err == SSL_ERROR_WANT_WRITE) return WaitServer(Wait::kWrite, &Relay::ReadServer);
-    if (filled > 0) break;  // deliver what came before the end; the end shows again
-    if (err == SSL_ERROR_ZERO_RETURN) return ServerFinished();
-    if (err == SSL_ERROR_SYSCALL && savedErrno == 0) return ServerFinished();
-    std::string why = TakeOpenSslErrors();
-    if (why.empty()) why = std::strerror(savedErrno);
-    return Fail("receiving from the server failed: " + why);
-  }
-  WriteClient(filled);
+  server_.async_read_some(asio::buffer(fromServer_),
+                          [self = shared_from_this()](std::error_code ec, size_t n) {
+                            if (self->closed_) return;
+                            if (ec == asio::error::eof && self->established_) {
+                              return self->ServerFinished();
+                            }
+                            if (ec == asio::error::eof) {
+                              return self->Fail(
+                                  "TLS handshake failed: the server closed the connection during "
+                                  "the handshake");
+                            }
+                            if (ec) return self->Fail("server connection: " + ec.message());
+                            self->OnServerBytes(n);
+                          });
 }
 
-void Relay::WriteClient(size_t length) {
-  asio::async_write(client_, asio::buffer(down_.data(), length),
-                    [self = shared_from_this()](std::error_code ec, size_t) {
-                      if (self->closed_) return;
-                      if (ec) return self->Fail("client connection: " + ec.message());
-                      self->ReadServer();
-                    });
+void Relay::OnServerBytes(size_t n) {
+  session_->Feed(fromServer_.data(), n);
+  if (!established_) {
+    HandshakeStep();
+    if (closed_) return;
+    if (!established_) return ReadServer();
+    // The server may have sent data right behind its last handshake message.
+  }
+  TlsStatus status = session_->Read(toClient_);
+  FlushServer();  // what reading may owe the server (a key update, an alert)
+  switch (status) {
+    case TlsStatus::kWantMore:
+      return ReadServer();
+    case TlsStatus::kDone:
+      return WriteClient();
+    case TlsStatus::kClosed:
+      if (!toClient_.empty()) return WriteClient();
+      return ServerFinished();
+    case TlsStatus::kFailed:
+      return Fail("receiving from the server failed: " + session_->Failure());
+  }
+}
+
+void Relay::WriteClient() {
+  asio::async_write(
+      client_, asio::buffer(toClient_), [self = shared_from_this()](std::error_code ec, size_t) {
+        if (self->closed_) return;
+        if (ec) return self->Fail("client connection: " + ec.message());
+        self->toClient_.clear();
+        // What is still fed and undecrypted (or close_notify) comes first.
+        TlsStatus status = self->session_->Read(self->toClient_);
+        if (status == TlsStatus::kDone) return self->WriteClient();
+        if (status == TlsStatus::kClosed) return self->ServerFinished();
+        if (status == TlsStatus::kFailed) {
+          return self->Fail("receiving from the server failed: " + self->session_->Failure());
+        }
+        self->ReadServer();
+      });
 }
 
 void Relay::ServerFinished() {
+  if (serverDone_) return;
   serverDone_ = true;
   std::error_code ignored;
   client_.shutdown(tcp::socket::shutdown_send, ignored);
   MaybeFinish();
 }
 
+// Client -> server.
+
+void Relay::ReadClient() {
+  client_.async_read_some(
+      asio::buffer(fromClient_), [self = shared_from_this()](std::error_code ec, size_t n) {
+        if (self->closed_) return;
+        if (ec == asio::error::eof) {
+          self->clientDone_ = true;
+          return self->SendCloseNotify();
+        }
+        if (ec) return self->Fail("client connection: " + ec.message());
+        if (!self->session_->Write(self->fromClient_.data(), n)) {
+          return self->Fail("sending to the server failed: " + self->session_->Failure());
+        }
+        self->upWaiting_ = true;
+        self->FlushServer();
+      });
+}
+
+// One write to the server at a time; what the session produces meanwhile
+// goes out with the next one. The client is read again once its piece is out.
+void Relay::FlushServer() {
+  if (writingServer_ || closed_) return;
+  session_->TakeOutgoing(toServer_);
+  if (toServer_.empty()) {
+    if (clientDone_) return MaybeFinish();
+    if (upWaiting_) {
+      upWaiting_ = false;
+      ReadClient();
+    }
+    return;
+  }
+  writingServer_ = true;
+  asio::async_write(server_, asio::buffer(toServer_),
+                    [self = shared_from_this()](std::error_code ec, size_t) {
+                      self->writingServer_ = false;
+                      if (self->closed_) return;
+                      // After close_notify the server may have gone already.
+                      if (ec && self->clientDone_) return self->MaybeFinish();
+                      if (ec) return self->Fail("server connection: " + ec.message());
+                      self->toServer_.clear();
+                      self->FlushServer();
+                    });
+}
+
+void Relay::SendCloseNotify() {
+  if (!serverDone_) ArmTimer(kCloseLinger, "the server did not close after close_notify");
+  session_->Close();
+  FlushServer();
+}
+
 void Relay::MaybeFinish() {
-  if (!clientDone_ || !serverDone_) return;
+  if (!clientDone_ || !serverDone_ || writingServer_) return;
   log::Debug(Name() + ": connection ended");
   Abort();
 }
@@ -224,7 +239,6 @@ void Relay::Abort() {
   timer_.cancel();
   resolver_.cancel();
   client_.close(ignored);
-  ssl_.reset();
   server_.close(ignored);
   if (onClosed_) onClosed_(this);
 }

@@ -4,31 +4,37 @@
 // side, so a slow reader slows the writer instead of filling memory.
 #pragma once
 
-#include <array>
 #include <chrono>
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
+#include <vector>
 
 #include <asio/ip/tcp.hpp>
 #include <asio/steady_timer.hpp>
 
-#include "sslbridge/tls_client.h"
+#include "sslbridge/tls_engine.h"
 
 namespace brindle::sslbridge {
 
-struct RelayTarget {
-  uint16_t routePort = 0;  // the loopback port the client came in on (for the log)
+// What the connections of one route share: where they go, the server's
+// addresses once looked up, and the TLS session to resume. A route that is
+// pointed elsewhere gets a new one.
+struct RouteTarget {
+  uint16_t routePort = 0;  // the loopback port the clients come in on (for the log)
   std::string host;
   uint16_t port = 0;
+  std::optional<asio::ip::tcp::resolver::results_type> addresses;
+  std::shared_ptr<TlsRouteCache> tls;
 };
 
 class Relay : public std::enable_shared_from_this<Relay> {
  public:
   using ClosedHandler = std::function<void(Relay*)>;
 
-  Relay(asio::ip::tcp::socket client, RelayTarget target, const TlsClientContext& tls,
+  Relay(asio::ip::tcp::socket client, std::shared_ptr<RouteTarget> target, TlsEngine& tls,
         std::chrono::milliseconds handshakeLimit, ClosedHandler onClosed);
   ~Relay();
 
@@ -37,21 +43,21 @@ class Relay : public std::enable_shared_from_this<Relay> {
   void Abort();
 
  private:
-  enum class Wait { kRead, kWrite };
-  static constexpr size_t kBufferSize = 64 * 1024;
+  static constexpr size_t kBufferSize = 128 * 1024;
 
+  void Connect(const asio::ip::tcp::resolver::results_type& addresses);
   void OnConnected();
-  void Handshake();
-  void StartPumps();
-  void ReadClient();
-  void WriteServer(size_t offset, size_t length);
-  void SendCloseNotify();
+  void StartTls();
+  void HandshakeStep();
   void ReadServer();
-  void WriteClient(size_t length);
+  void OnServerBytes(size_t n);
+  void WriteClient();
+  void ReadClient();
+  void FlushServer();
+  void SendCloseNotify();
   void ServerFinished();
   void MaybeFinish();
   void Fail(const std::string& why);
-  void WaitServer(Wait wait, void (Relay::*next)());
   void ArmTimer(std::chrono::milliseconds limit, const char* what);
   std::string Name() const;
 
@@ -59,18 +65,21 @@ class Relay : public std::enable_shared_from_this<Relay> {
   asio::ip::tcp::socket server_;
   asio::ip::tcp::resolver resolver_;
   asio::steady_timer timer_;
-  RelayTarget target_;
-  const TlsClientContext& tls_;
+  std::shared_ptr<RouteTarget> target_;
+  TlsEngine& tls_;
   std::chrono::milliseconds handshakeLimit_;
   ClosedHandler onClosed_;
-  SslPtr ssl_;
+  std::unique_ptr<TlsSession> session_;
   bool established_ = false;
   bool closed_ = false;
-  bool clientDone_ = false;  // the client stopped sending; close_notify is due or sent
-  bool serverDone_ = false;  // the server stopped sending; the client has been told
-  size_t pendingUp_ = 0, pendingUpOffset_ = 0;
-  std::array<char, kBufferSize> up_;    // client -> server
-  std::array<char, kBufferSize> down_;  // server -> client
+  bool clientDone_ = false;     // the client stopped sending; close_notify is due or sent
+  bool serverDone_ = false;     // the server stopped sending; the client has been told
+  bool writingServer_ = false;  // a write to the server is under way
+  bool upWaiting_ = false;      // the client's last piece waits for the server write
+  std::vector<char> fromClient_;
+  std::vector<char> fromServer_;
+  std::string toServer_;  // TLS records being written to the server
+  std::string toClient_;  // decrypted bytes being written to the client
 };
 
 }  // namespace brindle::sslbridge
