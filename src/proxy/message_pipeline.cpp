@@ -16,8 +16,8 @@ std::string Guarded(const char* what, std::string text, Steps&& run) {
   try {
     run(text);
   } catch (const std::exception& e) {
-    log::Warning(std::string(what) + " failed, message passed on as the earlier steps left it: " +
-                 e.what());
+    log::Warning(std::string(what) +
+                 " failed, message passed on as the earlier steps left it: " + e.what());
   } catch (...) {
     log::Warning(std::string(what) + " failed, message passed on as the earlier steps left it");
   }

@@ -209,8 +209,7 @@ class RecordingSteps : public MessageSteps {
     return Mark(t, "FilterChars" + std::to_string(mode));
   }
   std::string MarkAsianSpam(std::string&& t, int16_t percentage, int16_t minimum) override {
-    return Mark(t,
-                "MarkAsianSpam" + std::to_string(percentage) + "/" + std::to_string(minimum));
+    return Mark(t, "MarkAsianSpam" + std::to_string(percentage) + "/" + std::to_string(minimum));
   }
   std::string FixBoundary(std::string&& t) override { return Mark(t, "FixBoundary"); }
 

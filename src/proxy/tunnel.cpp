@@ -38,7 +38,7 @@ int CTunnel::start(std::function<void(int)> done) {
   } else {
     ShowStartError(error, ec);
   }
-  if (!SSL) {
+  if (!ThroughCompanion()) {
     if (done) asio::post(services_.io, [done, error] { done(error); });
     return error;
   }
@@ -46,10 +46,12 @@ int CTunnel::start(std::function<void(int)> done) {
   srcSSLPort_ = FindFreeLocalPort();
   services_.routePorts.Claim(srcSSLPort_);
   routeClaimed_ = true;
-  services_.companion->Send(CompanionLink::AddRoute(srcSSLPort_, Server, DestPort),
-                            CompanionLink::kRouteConnectLimit, [done, error](bool) {
-                              if (done) done(error);
-                            });
+  services_.companion->Send(
+      SSL ? CompanionLink::AddRoute(srcSSLPort_, Server, DestPort)
+          : CompanionLink::AddUpgradedRoute(srcSSLPort_, Server, DestPort, tType_),
+      CompanionLink::kRouteConnectLimit, [done, error](bool) {
+        if (done) done(error);
+      });
   return error;
 }
 
@@ -108,7 +110,7 @@ void CTunnel::StopServer(std::function<void()> done) {
     services_.routePorts.Release(srcSSLPort_);
     routeClaimed_ = false;
   }
-  if (!SSL) {
+  if (!ThroughCompanion()) {
     if (done) asio::post(services_.io, std::move(done));
     return;
   }
@@ -119,7 +121,7 @@ void CTunnel::StopServer(std::function<void()> done) {
 }
 
 ChannelTarget CTunnel::Target() const {
-  if (SSL) return {tType_, "127.0.0.1", srcSSLPort_};
+  if (ThroughCompanion()) return {tType_, "127.0.0.1", srcSSLPort_};
   return {tType_, Server, static_cast<uint16_t>(DestPort)};
 }
 

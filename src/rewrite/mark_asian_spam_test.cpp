@@ -79,7 +79,8 @@ TEST(MarkAsianSpam, EmptyOrMissingSubjectIsLeftAlone) {
 
 TEST(MarkAsianSpam, MarkedSubjectIsMarkedAgain) {
   const std::string once = MarkAsianSpam(Mail("Subject: \xb0\xb0\xb0\xb0"), 10, 0);
-  EXPECT_EQ(MarkAsianSpam(std::string(once), 10, 0), Mail("Subject: [SPAM] [SPAM] \xb0\xb0\xb0\xb0"));
+  EXPECT_EQ(MarkAsianSpam(std::string(once), 10, 0),
+            Mail("Subject: [SPAM] [SPAM] \xb0\xb0\xb0\xb0"));
 }
 
 TEST(MarkAsianSpam, FirstSubjectAnywhereCounts) {
@@ -88,7 +89,8 @@ TEST(MarkAsianSpam, FirstSubjectAnywhereCounts) {
   EXPECT_EQ(MarkAsianSpam(std::string(in), 10, 0),
             Mail("X-Original-Subject: [SPAM] \xb0\xb0\r\nSubject: plain"));
   const std::string inBody = "+OK\r\nFrom: a\r\n\r\nSubject: \xb0\r\n.\r\n";
-  EXPECT_EQ(MarkAsianSpam(std::string(inBody), 10, 0), "+OK\r\nFrom: a\r\n\r\nSubject: [SPAM] \xb0\r\n.\r\n");
+  EXPECT_EQ(MarkAsianSpam(std::string(inBody), 10, 0),
+            "+OK\r\nFrom: a\r\n\r\nSubject: [SPAM] \xb0\r\n.\r\n");
 }
 
 }  // namespace

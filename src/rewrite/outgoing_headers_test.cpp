@@ -52,7 +52,10 @@ TEST(ChangeHeaders, SwitchesValuesAndCase) {
     s.strXNewsreader = "N";
     s.strXMimeOLE = "\xB9";
     s.strXMailer = "M";
-    EXPECT_EQ(c.isMail ? ChangeMailHeaders(std::string(c.in), s) : ChangeNewsHeaders(std::string(c.in), s), c.out) << c.name;
+    EXPECT_EQ(c.isMail ? ChangeMailHeaders(std::string(c.in), s)
+                       : ChangeNewsHeaders(std::string(c.in), s),
+              c.out)
+        << c.name;
   }
 }
 

@@ -31,15 +31,7 @@ std::string_view WithoutLineEnd(std::string_view line) {
 
 }  // namespace
 
-std::optional<UpgradeProtocol> ParseUpgradeProtocol(std::string_view name) {
-  if (name == "nntp") return UpgradeProtocol::kNntp;
-  if (name == "pop3") return UpgradeProtocol::kPop3;
-  if (name == "smtp") return UpgradeProtocol::kSmtp;
-  return std::nullopt;
-}
-
-StartTlsPrelude::StartTlsPrelude(asio::ip::tcp::socket& server, UpgradeProtocol protocol,
-                                 Done done)
+StartTlsPrelude::StartTlsPrelude(asio::ip::tcp::socket& server, UpgradeProtocol protocol, Done done)
     : server_(server), protocol_(protocol), done_(std::move(done)) {}
 
 void StartTlsPrelude::Start() {
@@ -47,16 +39,16 @@ void StartTlsPrelude::Start() {
 }
 
 void StartTlsPrelude::ReadReply() {
-  asio::async_read_until(server_, asio::dynamic_buffer(input_, kLongestReply), '\n',
-                         [self = shared_from_this()](std::error_code ec, size_t n) {
-                           if (ec) {
-                             return self->Fail("the server ended the plain opening: " +
-                                               ec.message());
-                           }
-                           std::string line = self->input_.substr(0, n);
-                           self->input_.erase(0, n);
-                           self->OnLine(std::move(line));
-                         });
+  asio::async_read_until(
+      server_, asio::dynamic_buffer(input_, kLongestReply), '\n',
+      [self = shared_from_this()](std::error_code ec, size_t n) {
+        if (ec) {
+          return self->Fail("the server ended the plain opening: " + ec.message());
+        }
+        std::string line = self->input_.substr(0, n);
+        self->input_.erase(0, n);
+        self->OnLine(std::move(line));
+      });
 }
 
 void StartTlsPrelude::OnLine(std::string line) {
@@ -73,8 +65,8 @@ void StartTlsPrelude::OnLine(std::string line) {
 
 void StartTlsPrelude::OnReply(std::string_view lastLine) {
   const std::string reply = std::exchange(reply_, std::string());
-  const bool ok = protocol_ == UpgradeProtocol::kPop3 ? lastLine.starts_with("+OK")
-                                                      : lastLine.size() >= 3;
+  const bool ok =
+      protocol_ == UpgradeProtocol::kPop3 ? lastLine.starts_with("+OK") : lastLine.size() >= 3;
   const std::string_view code = lastLine.substr(0, 3);
   switch (step_) {
     case Step::kGreeting:

@@ -14,12 +14,9 @@
 
 #include <asio/ip/tcp.hpp>
 
+#include "sslbridge/control_command.h"
+
 namespace brindle::sslbridge {
-
-enum class UpgradeProtocol { kNntp, kPop3, kSmtp };
-
-// "nntp", "pop3", "smtp" (as the control command names them).
-std::optional<UpgradeProtocol> ParseUpgradeProtocol(std::string_view name);
 
 class StartTlsPrelude : public std::enable_shared_from_this<StartTlsPrelude> {
  public:

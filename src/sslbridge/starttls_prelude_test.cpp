@@ -54,7 +54,7 @@ struct Outcome {
   std::string error, greeting;
 };
 
-Outcome Run(UpgradeProtocol protocol, ScriptedServer& server) {
+Outcome Opening(UpgradeProtocol protocol, ScriptedServer& server) {
   asio::io_context io;
   tcp::socket socket(io);
   socket.connect(server.acceptor.local_endpoint());
@@ -71,7 +71,7 @@ TEST(StartTlsPreludeTest, EachProtocolSwitchesAfterItsGreetingAndKeepsItForTheCl
   {
     ScriptedServer smtp("220-mx ready\r\n220 go on\r\n",
                         {"250-mx\r\n250-STARTTLS\r\n250 8BITMIME\r\n", "220 ready for TLS\r\n"});
-    const Outcome o = Run(UpgradeProtocol::kSmtp, smtp);
+    const Outcome o = Opening(UpgradeProtocol::kSmtp, smtp);
     EXPECT_EQ(o.error, "");
     EXPECT_EQ(o.greeting, "220-mx ready\r\n220 go on\r\n");
     EXPECT_TRUE(smtp.heard.starts_with("EHLO "));
@@ -79,14 +79,14 @@ TEST(StartTlsPreludeTest, EachProtocolSwitchesAfterItsGreetingAndKeepsItForTheCl
   }
   {
     ScriptedServer pop3("+OK pop\r\n", {"+OK begin TLS\r\n"});
-    const Outcome o = Run(UpgradeProtocol::kPop3, pop3);
+    const Outcome o = Opening(UpgradeProtocol::kPop3, pop3);
     EXPECT_EQ(o.error, "");
     EXPECT_EQ(o.greeting, "+OK pop\r\n");
     EXPECT_EQ(pop3.heard, "STLS\r\n");
   }
   {
     ScriptedServer nntp("200 news\r\n", {"382 continue\r\n"});
-    const Outcome o = Run(UpgradeProtocol::kNntp, nntp);
+    const Outcome o = Opening(UpgradeProtocol::kNntp, nntp);
     EXPECT_EQ(o.error, "");
     EXPECT_EQ(nntp.heard, "STARTTLS\r\n");
   }
@@ -94,11 +94,11 @@ TEST(StartTlsPreludeTest, EachProtocolSwitchesAfterItsGreetingAndKeepsItForTheCl
 
 TEST(StartTlsPreludeTest, ARefusalAtAnyStepStopsTheRoute) {
   ScriptedServer noOffer("220 mx\r\n", {"250-mx\r\n250 8BITMIME\r\n"});
-  EXPECT_EQ(Run(UpgradeProtocol::kSmtp, noOffer).error, "the server does not offer STARTTLS");
+  EXPECT_EQ(Opening(UpgradeProtocol::kSmtp, noOffer).error, "the server does not offer STARTTLS");
   ScriptedServer refused("+OK pop\r\n", {"-ERR not now\r\n"});
-  EXPECT_NE(Run(UpgradeProtocol::kPop3, refused).error.find("-ERR not now"), std::string::npos);
+  EXPECT_NE(Opening(UpgradeProtocol::kPop3, refused).error.find("-ERR not now"), std::string::npos);
   ScriptedServer busy("400 busy\r\n", {});
-  EXPECT_NE(Run(UpgradeProtocol::kNntp, busy).error.find("400 busy"), std::string::npos);
+  EXPECT_NE(Opening(UpgradeProtocol::kNntp, busy).error.find("400 busy"), std::string::npos);
 }
 
 }  // namespace
