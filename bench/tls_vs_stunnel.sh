@@ -1,15 +1,17 @@
 #!/usr/bin/env bash
-# Bulk transfer through the TLS companion against stunnel's client mode on the
-# same route: a plain source/sink behind one stunnel TLS server on loopback,
-# reached once through SslBridge and once through a stunnel client. Prints
-# MB/s for each (download and upload, median of a few rounds) and the ratio
-# SslBridge / stunnel; a ratio of 1.0 or more means the companion is at least
-# as fast.
+# Bulk transfer and connection rate through the TLS companion against
+# stunnel's client mode on the same route: a plain source/sink behind one
+# stunnel TLS server on loopback, reached once through SslBridge and once
+# through a stunnel client. Prints MB/s for each (download and upload, median
+# of a few rounds), sequential connect-exchange-close connections per second,
+# and the ratios SslBridge / stunnel; a ratio of 1.0 or more means the
+# companion is at least as fast.
 #
 #   BRINDLE_BIN_DIR   folder holding SslBridge (default: Release build in
 #                     build/sslbridge-release)
 #   TLS_BENCH_MB      megabytes per transfer (default 256)
 #   TLS_BENCH_RUNS    runs per case (default 5)
+#   TLS_BENCH_CONNS   connections per connection-rate run (default 1000)
 set -euo pipefail
 
 HERE=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
@@ -127,9 +129,9 @@ s.sendall(f"a:{route}:localhost:{tls}\r\nEND".encode())
 s.recv(1)  # the companion closes once the route is set
 PY
 
-"$PYTHON" - "$MB" "$RUNS" "$SOURCE" "$ROUTE" "$CLIENT" <<'PY'
+"$PYTHON" - "$MB" "$RUNS" "$SOURCE" "$ROUTE" "$CLIENT" "${TLS_BENCH_CONNS:-1000}" <<'PY'
 import socket, sys, time
-mb, runs, direct, bridge, stunnel = (int(a) for a in sys.argv[1:])
+mb, runs, direct, bridge, stunnel, conns = (int(a) for a in sys.argv[1:])
 n = mb << 20
 buf = bytearray(1 << 20)
 
@@ -173,10 +175,34 @@ for _ in range(runs):
         for name, port in paths:
             speeds[(name, kind)].append(fn(port))
 
+def connections(port):
+    t = time.perf_counter()
+    for _ in range(conns):
+        s = socket.create_connection(("127.0.0.1", port), 10)
+        s.settimeout(10)
+        s.sendall(b"D 16\n")
+        got = 0
+        while got < 16:
+            k = len(s.recv(16))
+            if not k: break
+            got += k
+        s.close()
+        assert got == 16, "short answer"
+    return conns / (time.perf_counter() - t)
+
+for _ in range(runs):
+    for name, port in paths[1:]:
+        speeds.setdefault((name, "connections"), []).append(connections(port))
+
 print(f"TLS bulk transfer, {mb} MiB per run, median of {runs} rounds")
 for kind in ("download", "upload"):
     for name, _ in paths:
         print(f"  {kind:8} {name:20} {statistics.median(speeds[(name, kind)]):9.1f} MB/s")
     ratios = [a / b for a, b in zip(speeds[("SslBridge", kind)], speeds[("stunnel", kind)])]
     print(f"  {kind:8} ratio SslBridge/stunnel {statistics.median(ratios):5.2f}")
+print(f"Sequential connections (connect, 16 bytes, close), {conns} per run, median of {runs}")
+for name, _ in paths[1:]:
+    print(f"  {name:20} {statistics.median(speeds[(name, 'connections')]):9.1f} /s")
+ratios = [a / b for a, b in zip(speeds[("SslBridge", "connections")], speeds[("stunnel", "connections")])]
+print(f"  ratio SslBridge/stunnel {statistics.median(ratios):5.2f}")
 PY

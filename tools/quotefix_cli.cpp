@@ -104,9 +104,6 @@ std::string RunQuoteFix(const QuoteFixCommand& command, std::string_view input,
   // Nothing back means the text is to stay as the client made it.
   if (out.empty()) return std::string(input);
   if (command.stripMarker) out = ReplaceAll(out, kCursorMarker, "");
-  // The separator block keeps the carriage return of its closing blank line;
-  // in a file written by an editor that would be a stray CR before the line end.
-  out = ReplaceAll(out, "\r\r\n", "\r\n");
   return lf ? ReplaceAll(out, kCrLf, "\n") : out;
 }
 

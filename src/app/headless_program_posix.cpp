@@ -19,6 +19,7 @@
 #include "app/startup_summary.h"
 #include "core/log.h"
 #include "core/message_box.h"
+#include "core/settings_paths.h"
 
 namespace brindle::app {
 namespace {
@@ -64,6 +65,8 @@ class HeadlessProgram {
     std::vector<std::string> args;
     if (config_.companionPortMoved)
       args = {"--control-port", std::to_string(config_.companionControlPort)};
+    // The companion reads its SslBridge.conf from the settings folder in use.
+    ExportSettingsFolder(config_.settingsDir);
     std::string error;
     // Its own process group: a Ctrl-C meant for us must not end the companion
     // before the routes are withdrawn and QUIT is sent.

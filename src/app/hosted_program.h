@@ -16,6 +16,7 @@
 #include "app/program_services.h"
 #include "core/message_box.h"
 #include "core/settings_store.h"
+#include "oewin/note_watch.h"
 #include "proxy/proxy.h"
 
 namespace brindle::app {
@@ -44,6 +45,7 @@ class HostedProgram : public MainForm {
   std::thread ioThread_;
   std::unique_ptr<Proxy> proxy_;  // lives on the io thread
   std::unique_ptr<ProgramServices> services_;
+  std::unique_ptr<NoteWindowWatch> noteWatch_;  // on the client's thread
   MessageBoxSink previousBoxes_;
   bool boxesRedirected_ = false;
 };

@@ -5,6 +5,8 @@
 #include "app/settings_binding.h"
 #include "core/log.h"
 #include "core/message_box.h"
+#include "core/settings_paths.h"
+#include "oewin/note_settings.h"
 
 namespace brindle::app {
 
@@ -49,6 +51,8 @@ bool HostedProgram::Load() {
   ProgramHooks hooks;
   hooks.companionFileName = kCompanionFile;
   hooks.launchCompanion = [this] {
+    // The companion reads its SslBridge.conf from the settings folder in use.
+    ExportSettingsFolder(settingsDir_);
     return system_.ShellOpenHidden(programDir_ + "\\" + kCompanionFile);
   };
   hooks.defaultLanguage = [] { return UserLanguage(); };
@@ -69,6 +73,10 @@ bool HostedProgram::Load() {
     });
   });
   window_.PumpUntil(loaded);
+  if (ok) {
+    SetNoteSettingsSource([this] { return store_.Current(); });
+    noteWatch_ = std::make_unique<NoteWindowWatch>();
+  }
   return ok;
 }
 
@@ -93,6 +101,8 @@ void HostedProgram::CloseTunnels() {
 }
 
 void HostedProgram::Stop() {
+  noteWatch_.reset();
+  SetNoteSettingsSource(nullptr);
   work_.reset();
   io_.stop();
   if (ioThread_.joinable()) ioThread_.join();

@@ -4,6 +4,7 @@
 
 #include "app/entry_procedure.h"
 #include "app/query_unload.h"
+#include "oewin/rot_shortcut.h"
 
 namespace brindle::app {
 namespace {
@@ -88,6 +89,10 @@ LRESULT MainWindow::Handle(HWND window, UINT message, WPARAM w, LPARAM l) {
     case WM_NCDESTROY:
       window_ = nullptr;
       break;
+  }
+  if (message == brindle::RotShortcutMessage()) {  // Shift+F12 in the client
+    brindle::OnRotShortcut(window);
+    return 0;
   }
   return DefWindowProcA(window, message, w, l);
 }

@@ -7,7 +7,9 @@
 #include <windows.h>
 
 #include <shlobj.h>
+#include <tlhelp32.h>
 
+#include <cstdlib>
 #include <fstream>
 #include <sstream>
 #include <string>
@@ -22,6 +24,7 @@ namespace {
 using namespace brindle::app::testing;
 
 using ::testing::HasSubstr;
+using ::testing::Not;
 
 // A bound on one run of the program, so that a hang fails the test instead
 // of stalling it. Not a measure of speed.
@@ -36,10 +39,26 @@ std::string MakeTempFolder() {
   return folder;
 }
 
-std::string SettingsFile() {
+std::string SettingsFolder() {
   char appData[MAX_PATH] = {};
   SHGetFolderPathA(nullptr, CSIDL_APPDATA, nullptr, 0, appData);
-  return std::string(appData) + "\\OE Brindle\\OE_Brindle.ini";
+  return std::string(appData) + "\\OE Brindle";
+}
+
+std::string SettingsFile() {
+  return SettingsFolder() + "\\OE_Brindle.ini";
+}
+
+bool ProcessRunning(const char* exeName) {
+  HANDLE snapshot = CreateToolhelp32Snapshot(TH32CS_SNAPPROCESS, 0);
+  PROCESSENTRY32 entry{};
+  entry.dwSize = sizeof entry;
+  bool found = false;
+  for (BOOL more = Process32First(snapshot, &entry); more && !found;
+       more = Process32Next(snapshot, &entry))
+    found = _stricmp(entry.szExeFile, exeName) == 0;
+  CloseHandle(snapshot);
+  return found;
 }
 
 class WindowsProgramTest : public ::testing::Test {
@@ -121,6 +140,63 @@ TEST_F(WindowsProgramTest, HostsTheClientWithTunnelsUpAndEndsWithIt) {
   // The older file beside the program moved to the settings folder.
   EXPECT_THAT(ReadFile(SettingsFile()), HasSubstr("SrcPort=" + std::to_string(news) + "\r\n"));
   EXPECT_EQ(GetFileAttributesA((program_ + "\\OE_Brindle.ini").c_str()), INVALID_FILE_ATTRIBUTES);
+}
+
+TEST_F(WindowsProgramTest, ReworksTheClientsReplyNoteOnceWithTheCaretAtTheMarker) {
+  std::ofstream(program_ + "\\OE_Brindle.ini", std::ios::binary)
+      << "[Miscellaneous]\r\nAutoCC=cc@example.org\r\n";
+  SetEnvironmentVariableA("STAND_IN_CLIENT_LOG", (root_ + "\\client.log").c_str());
+  SetEnvironmentVariableA("STAND_IN_CLIENT_REPLY", "1");
+  SetEnvironmentVariableA("BRINDLE_COMPANION_PORT", std::to_string(FreePort()).c_str());
+
+  EXPECT_EQ(RunProgram(""), 0u);
+  SetEnvironmentVariableA("STAND_IN_CLIENT_REPLY", nullptr);
+
+  // Bottom posting: quote (its old signature cut), the caret's empty line,
+  // then the user's signature with its separator's space kept.
+  const std::string seen = ReadFile(root_ + "\\client.log");
+  EXPECT_THAT(seen, HasSubstr(";reply=----- Original Message -----<BR>From: a@b<BR>&gt; hello"
+                              "<BR><BR><BR>--&nbsp;<BR>Sig;"));
+  EXPECT_THAT(seen, HasSubstr(";calls=put_innerHTML|item:kursor|range.moveTo(marker)|"
+                              "range.collapse(start)|range.select|marker.put_outerHTML:|"
+                              "DiscardFrom(all)|;cc=cc@example.org"));
+}
+
+// The whole chain under Wine: the stand-in client fetches a signed mail
+// through a POP3 tunnel with SSL=1, the real SslBridge.exe carries it over
+// the system's TLS to a TLS POP3 server that tls_program_test.sh started, and
+// the private CA comes from SslBridge.conf in the settings folder.
+TEST_F(WindowsProgramTest, FetchesMailOverTlsThroughTheRealCompanion) {
+  const char* serverPort = std::getenv("TLS_POP3_PORT");
+  if (serverPort == nullptr) GTEST_SKIP() << "needs the TLS POP3 server of tls_program_test.sh";
+  ASSERT_TRUE(CopyFileA((std::string(HOOKS_DLL_DIR) + "\\SslBridge.exe").c_str(),
+                        (program_ + "\\SslBridge.exe").c_str(), FALSE));
+  const uint16_t pop3 = FreePort(), control = FreePort();
+  std::ofstream(program_ + "\\OE_Brindle.ini", std::ios::binary)
+      << "[POP3Server]\r\nServerName=localhost\r\nSrcPort=" << pop3 << "\r\nDestPort=" << serverPort
+      << "\r\nAutoStart=1\r\nSSL=1\r\n";
+  CreateDirectoryA(SettingsFolder().c_str(), nullptr);
+  const std::string conf = SettingsFolder() + "\\SslBridge.conf";
+  std::ofstream(conf, std::ios::binary) << "ca-file = " << std::getenv("TLS_POP3_CA") << "\r\n";
+  SetEnvironmentVariableA("STAND_IN_CLIENT_LOG", (root_ + "\\client.log").c_str());
+  SetEnvironmentVariableA("STAND_IN_CLIENT_CONNECT", nullptr);
+  SetEnvironmentVariableA("STAND_IN_CLIENT_POP3", std::to_string(pop3).c_str());
+  SetEnvironmentVariableA("BRINDLE_COMPANION_PORT", std::to_string(control).c_str());
+
+  EXPECT_EQ(RunProgram(""), 0u);
+  SetEnvironmentVariableA("STAND_IN_CLIENT_POP3", nullptr);
+  DeleteFileA(conf.c_str());
+
+  const std::string seen = ReadFile(root_ + "\\client.log");
+  EXPECT_THAT(seen, HasSubstr(";pop3=+OK ready\r\n+OK 1 message\r\n")) << seen;
+  EXPECT_THAT(seen, HasSubstr("Content-Type: multipart/mixed; protocol=")) << seen;
+  EXPECT_THAT(seen, Not(HasSubstr("multipart/signed"))) << seen;
+  EXPECT_THAT(seen, HasSubstr("+OK bye\r\n")) << seen;
+  EXPECT_FALSE(Listening(pop3)) << "the tunnel outlived the program";
+  EXPECT_FALSE(Listening(control)) << "the companion still listens";
+  // It has been told to quit; give it a bounded moment to be gone.
+  for (int i = 0; i < 100 && ProcessRunning("SslBridge.exe"); ++i) Sleep(100);
+  EXPECT_FALSE(ProcessRunning("SslBridge.exe"));
 }
 
 }  // namespace

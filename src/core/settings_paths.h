@@ -14,6 +14,13 @@ std::string ApplicationDataFolder();
 // The folder of the running executable.
 std::string ProgramFolder();
 
+// The program hands the settings folder it uses to the programs it starts
+// (its TLS companion, which is started without arguments) in this
+// environment variable.
+inline constexpr const char* kSettingsFolderVariable = "BRINDLE_SETTINGS_DIR";
+// Sets it in this process's environment; programs started later inherit it.
+void ExportSettingsFolder(const std::string& folder);
+
 // "\" on Windows, "/" elsewhere.
 std::string_view PathSeparator();
 bool IsPathSeparator(char c);

@@ -24,6 +24,10 @@ std::string ProgramFolder() {
   return folder.empty() ? "/" : folder;
 }
 
+void ExportSettingsFolder(const std::string& folder) {
+  setenv(kSettingsFolderVariable, folder.c_str(), 1);
+}
+
 std::string_view PathSeparator() {
   return "/";
 }

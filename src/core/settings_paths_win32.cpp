@@ -29,6 +29,11 @@ std::string ProgramFolder() {
   return ParentFolder(buf);
 }
 
+void ExportSettingsFolder(const std::string& folder) {
+  // The process environment block, which the shell hands to what it starts.
+  SetEnvironmentVariableA(kSettingsFolderVariable, folder.c_str());
+}
+
 std::string_view PathSeparator() {
   return "\\";
 }

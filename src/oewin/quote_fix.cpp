@@ -93,6 +93,10 @@ std::string FixReply(QuoteMessage& m, std::string_view original, const QuoteFixO
     header = Mid(text, p + 2, q - p - 1);
     e = q + 3;
   }
+  // The block is cut through its closing line end and keeps that line's CR;
+  // the assembly puts a whole CR LF after it, and a lone CR before it would
+  // show in the editor as a stray line break.
+  if (!header.empty() && header.back() == '\r') header.pop_back();
   bool attribution = false;
   const std::string templ = AttributionTemplate(s, m.Kind(), attribution);
   if (attribution) header = BuildAttribution(header, templ);

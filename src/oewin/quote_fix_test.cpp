@@ -34,7 +34,7 @@ const std::string kBlock =
     "From: \"Jan Kowalski\" <jan@example.org>\r\n"
     "To: \"Marek Nowak\" <marek@example.net>\r\n"
     "Sent: Tuesday, March 13, 2007 9:15 AM\r\n"
-    "Subject: Re: spotkanie\r";
+    "Subject: Re: spotkanie";
 const std::string kBody =
     "> Tak, 10 pasuje. Wezm\xea ze sob\xb9 wydruki, o kt\xf3rych m\xf3wili\x9cmy w zesz\xb3ym\r\n"
     "> tygodniu, i laptopa z prezentacj\xb9.\r\n"
@@ -97,7 +97,8 @@ TEST(QuoteFixTest, WithoutSeparatorTheWholeTextBecomesTheHeader) {
   EXPECT_EQ(m.QuotedText, "");
   EXPECT_EQ(m.TopText, "");
   // A final line end leaves an empty line to quote, which compression drops.
-  EXPECT_EQ(Fix("Re: x", "Hello\r\n"), "ello\r\r\n\r\n\r\n###kursor###\r\n");
+  // The CR cut from that line end does not stay alone in the header.
+  EXPECT_EQ(Fix("Re: x", "Hello\r\n"), "ello\r\n\r\n\r\n###kursor###\r\n");
   EXPECT_EQ(Fix("Re: x", "A"), "\r\n\r\n\r\n###kursor###\r\n");
 }
 

@@ -20,6 +20,7 @@
 #include "oewin/super_string.h"
 #include "proxy/channel_limits.h"
 #include "proxy/dialogue.h"
+#include "proxy/filter_records.h"
 #include "proxy/message_steps.h"
 #include "proxy/stream_parts.h"
 #include "proxy/transfer_display.h"
@@ -31,6 +32,7 @@ struct ChannelServices {
   SettingsStore& settings;
   MessageSteps& steps;
   TransferDisplay& display;
+  FilterRecords& records;
 };
 
 class CChannel {
@@ -66,6 +68,9 @@ class CChannel {
 
   // True while ProcessClientData runs.
   bool blnWorking = false;
+
+  // How the filter log names the tunnel the channel came through.
+  std::string tunnelName;
 
  private:
   enum class ClientPart : uint8_t { kCommands, kMessage };

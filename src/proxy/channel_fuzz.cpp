@@ -62,7 +62,9 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   ChannelLimits limits;
   limits.longestCommandLine = 256;
   limits.largestHeldMessage = 4096;
-  CChannel channel(1, {store, realSteps ? DefaultMessageSteps() : same, display}, limits);
+  static asio::io_context io;
+  auto records = std::make_shared<FilterRecords>(io, store, std::chrono::hours(1));
+  CChannel channel(1, {store, realSteps ? DefaultMessageSteps() : same, display, *records}, limits);
   const int32_t type = setup % 4 == 3 ? kTypeUnset : setup % 4;
   channel.cType(type);
   channel.ServerConnected((setup >> 4) & 1 ? "::1" : "127.0.0.1");

@@ -23,6 +23,7 @@ ChannelPair::ChannelPair(asio::io_context& io, int16_t index, tcp::socket client
       server_(io),
       resolver_(io) {
   channel_.cType(target.type);
+  channel_.tunnelName = target.tunnelName;
 }
 
 ChannelPair::~ChannelPair() {

@@ -25,6 +25,7 @@ struct ChannelTarget {
   int32_t type = kTypeUnset;
   std::string host;
   uint16_t port = 0;
+  std::string tunnelName;  // for the filter log: "NNTP 1119 news.example.org"
 };
 
 class ChannelPair : public std::enable_shared_from_this<ChannelPair> {

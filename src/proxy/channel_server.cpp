@@ -90,7 +90,13 @@ void CChannel::ServerBody(std::string& piece, size_t& at, PieceOutput& out) {
 void CChannel::EndAnswer(PieceOutput& out, size_t lastPieceLength) {
   if (holding_ && !serverOversize_) {
     auto settings = services_.settings.Current();
-    out.Add(dialogue_->Held(serverBuffer_.Take(), lastPieceLength, *settings, services_.steps));
+    auto spammers = services_.records.Spammers();
+    DownloadFiltering filtering(spammers.get());
+    std::string text = dialogue_->Held(serverBuffer_.Take(), lastPieceLength, *settings,
+                                       services_.steps, &filtering);
+    // SMTP holds only its EHLO answer, which is no downloaded message.
+    if (cType_ != kTypeSmtp) services_.records.Downloaded(tunnelName, text, filtering, *settings);
+    out.Add(std::move(text));
   }
   holding_ = false;
   serverOversize_ = false;

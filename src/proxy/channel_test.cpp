@@ -17,7 +17,9 @@ using ::testing::IsEmpty;
 
 struct Rig {
   explicit Rig(int32_t type, Settings s = {}, ChannelLimits limits = {})
-      : settings(std::move(s)), channel(7, {settings, steps, display}, limits) {
+      : settings(std::move(s)),
+        records(std::make_shared<FilterRecords>(io, settings, std::chrono::hours(1))),
+        channel(7, {settings, steps, display, *records}, limits) {
     channel.cType(type);
   }
   // Feeds `text` in pieces cut at `cuts` (offsets, ascending); returns all output.
@@ -43,6 +45,8 @@ struct Rig {
   SettingsStore settings;
   RecordingSteps steps;
   TransferDisplay display;
+  asio::io_context io;
+  std::shared_ptr<FilterRecords> records;
   CChannel channel;
 };
 

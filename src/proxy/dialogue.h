@@ -13,6 +13,7 @@
 #include <string_view>
 
 #include "core/settings.h"
+#include "proxy/message_pipeline.h"
 #include "proxy/message_steps.h"
 
 namespace brindle {
@@ -47,7 +48,7 @@ class Dialogue {
   virtual LinePlan OnStatusLine(std::string_view line) = 0;
   // A held answer, whole; `lastPieceLength`: the server piece that completed it.
   virtual std::string Held(std::string text, size_t lastPieceLength, const Settings& settings,
-                           MessageSteps& steps) = 0;
+                           MessageSteps& steps, DownloadFiltering* filtering) = 0;
   virtual void OnAnswerEnd() = 0;
 
   // The server has asked for credentials: the client's next line is an answer.

@@ -9,6 +9,8 @@
 
 #include "core/settings.h"
 #include "proxy/message_steps.h"
+#include "rewrite/download_changes.h"
+#include "rewrite/spammer_list.h"
 
 namespace brindle {
 
@@ -16,11 +18,23 @@ namespace brindle {
 std::string RewriteNewsArticle(std::string text, const Settings& settings, MessageSteps& steps);
 // Sent mail: identification headers, custom headers.
 std::string RewriteMail(std::string text, const Settings& settings, MessageSteps& steps);
+// What a downloaded message is checked against besides the settings, and
+// what its filtering did. After a failed step nothing is recorded as changed.
+struct DownloadFiltering {
+  explicit DownloadFiltering(const SpammerList* list = nullptr) : spammers(list) {}
+
+  const SpammerList* spammers;  // null: no list in force
+  DownloadChanges changes;      // filled in
+  std::string sender;           // filled in: the From mailbox, as it came
+};
+
 // Downloaded article. `lastPieceLength` is the size of the piece that completed
 // it: the uuencode check runs only when that piece is short.
+// With `filtering`, a sender on its list is marked after the filters.
 std::string FilterNewsArticle(std::string text, size_t lastPieceLength, const Settings& settings,
-                              MessageSteps& steps);
+                              MessageSteps& steps, DownloadFiltering* filtering = nullptr);
 // Downloaded mail (RETR/TOP answer).
-std::string FilterMailMessage(std::string text, const Settings& settings, MessageSteps& steps);
+std::string FilterMailMessage(std::string text, const Settings& settings, MessageSteps& steps,
+                              DownloadFiltering* filtering = nullptr);
 
 }  // namespace brindle

@@ -47,6 +47,33 @@ std::string Shown(const std::vector<std::string>& pieces, bool inAuthExchange = 
   return shown;
 }
 
+TEST(MessagePipelineTest, RecordNamesTheStepsThatChangedTheText) {
+  Settings s;
+  s.intCharFiltering = 1;
+  s.intAsianFilter = 1;
+  const std::string signedPart = "Content-Type: multipart/signed; boundary=\"b\"\r\n";
+  DownloadFiltering article;
+  FilterNewsArticle("220 1\r\nFrom: a@b\r\n" + signedPart + "\r\nx\x01y\r\n.\r\n", 5, s,
+                    DefaultMessageSteps(), &article);
+  EXPECT_EQ(article.changes.Names(), "control characters, multipart relabelled");
+  EXPECT_EQ(article.sender, "a@b");
+
+  const SpammerList list = SpammerList::Parse("a@b\n");
+  DownloadFiltering mail(&list);
+  const std::string marked = FilterMailMessage("+OK\r\nFrom: a@b\r\nSubject: \xB1\xB2\r\n\r\n.\r\n",
+                                               s, DefaultMessageSteps(), &mail);
+  EXPECT_EQ(mail.changes.Names(), "subject marked, spammer list");
+  EXPECT_NE(marked.find("Subject: [SPAM] \xB1"), std::string::npos) << marked;  // marked once
+
+  RecordingSteps failing;
+  failing.failIn = "FixBoundary";
+  DownloadFiltering failed(&list);
+  // The mail goes on as the steps before the failing one left it.
+  EXPECT_EQ(FilterMailMessage("+OK\r\nFrom: a@b\r\n\r\n.\r\n", s, failing, &failed),
+            "+OK\r\nFrom: a@b\r\n{MarkAsianSpam90/10}\r\n.\r\n");
+  EXPECT_FALSE(failed.changes.Any());
+}
+
 TEST(TransferDisplayTest, CredentialsAreMaskedOnEveryLineOfAPiece) {
   EXPECT_EQ(Shown({"authinfo pass x y z\r\n"}), "authinfo pass ********");
   EXPECT_EQ(Shown({"USER joe\r\nPASS pw\r\nSTAT\r\n"}), "USER joe\r\nPASS ********\r\nSTAT\r\n");

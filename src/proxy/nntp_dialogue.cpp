@@ -107,8 +107,8 @@ class NntpDialogue final : public Dialogue {
   }
 
   std::string Held(std::string text, size_t lastPieceLength, const Settings& settings,
-                   MessageSteps& steps) override {
-    return FilterNewsArticle(std::move(text), lastPieceLength, settings, steps);
+                   MessageSteps& steps, DownloadFiltering* filtering) override {
+    return FilterNewsArticle(std::move(text), lastPieceLength, settings, steps, filtering);
   }
 
   void OnAnswerEnd() override {

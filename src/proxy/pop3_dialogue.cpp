@@ -65,9 +65,9 @@ class Pop3Dialogue final : public Dialogue {
     return plan;
   }
 
-  std::string Held(std::string text, size_t, const Settings& settings,
-                   MessageSteps& steps) override {
-    return FilterMailMessage(std::move(text), settings, steps);
+  std::string Held(std::string text, size_t, const Settings& settings, MessageSteps& steps,
+                   DownloadFiltering* filtering) override {
+    return FilterMailMessage(std::move(text), settings, steps, filtering);
   }
 
   void OnAnswerEnd() override {

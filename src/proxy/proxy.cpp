@@ -5,6 +5,7 @@
 #include "core/log.h"
 #include "proxy/channel_registry.h"
 #include "proxy/companion_link.h"
+#include "proxy/filter_records.h"
 #include "proxy/message_steps.h"
 #include "proxy/route_ports.h"
 #include "proxy/socket_pools.h"
@@ -21,13 +22,17 @@ struct Proxy::Impl {
         settings(settings),
         options(options),
         companion(std::make_shared<CompanionLink>(io, options.companionControlPort)),
+        records(std::make_shared<FilterRecords>(io, settings, options.spammerListLook)),
         channels(std::make_shared<ChannelRegistry>(
             io, ChannelServices{settings, options.steps ? *options.steps : DefaultMessageSteps(),
-                                display})) {}
+                                display, *records})) {
+    records->Start();
+  }
 
   ~Impl() {
     channels->CloseAll();
     tunnels.clear();
+    records->Stop();
   }
 
   TunnelServices TunnelContext() {
@@ -41,6 +46,7 @@ struct Proxy::Impl {
   RelaySocketPool relays;
   RoutePorts routePorts;
   std::shared_ptr<CompanionLink> companion;
+  std::shared_ptr<FilterRecords> records;
   std::shared_ptr<ChannelRegistry> channels;
   std::vector<std::unique_ptr<CTunnel>> tunnels;
   bool quitSent = false;
@@ -98,6 +104,7 @@ void Proxy::ProbeCompanion(std::function<void(bool up)> done) {
 void Proxy::CloseDown(std::function<void()> done) {
   impl_->channels->CloseAll();
   impl_->tunnels.clear();  // each stops; SSL tunnels queue their "d:" first
+  impl_->records->Stop();
   if (impl_->quitSent) {
     if (done) asio::post(impl_->io, std::move(done));
     return;

@@ -4,6 +4,7 @@
 // posting to it.
 #pragma once
 
+#include <chrono>
 #include <cstdint>
 #include <functional>
 #include <memory>
@@ -25,6 +26,8 @@ struct ProxyOptions {
   uint16_t companionControlPort = 5555;  // tests use another port
   uint16_t firstSslPort = 1024;          // where FindFreeLocalPort starts
   MessageSteps* steps = nullptr;         // null: the program's own rewriting and filters
+  // How often the spammer list file is looked at for changes.
+  std::chrono::milliseconds spammerListLook{1000};
 };
 
 class Proxy {

@@ -31,6 +31,7 @@ class ProxyFixture : public ::testing::Test {
     options.companionControlPort = companionPort_;
     options.firstSslPort = firstSslPort_;
     options.steps = ownSteps ? nullptr : &steps_;
+    options.spammerListLook = std::chrono::milliseconds(10);
     proxy_ = std::make_unique<Proxy>(io_, *store_, options);
     proxy_->SetDisplayTransferredData(true);
   }

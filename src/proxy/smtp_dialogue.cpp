@@ -111,7 +111,8 @@ class SmtpDialogue final : public Dialogue {
     return plan;
   }
 
-  std::string Held(std::string text, size_t, const Settings&, MessageSteps&) override {
+  std::string Held(std::string text, size_t, const Settings&, MessageSteps&,
+                   DownloadFiltering*) override {
     bool removed = false;
     std::string answer = WithoutExtensions(text, removed);
     if (removed) {

@@ -121,8 +121,11 @@ void CTunnel::StopServer(std::function<void()> done) {
 }
 
 ChannelTarget CTunnel::Target() const {
-  if (ThroughCompanion()) return {tType_, "127.0.0.1", srcSSLPort_};
-  return {tType_, Server, static_cast<uint16_t>(DestPort)};
+  static const char* const kProtocol[] = {"NNTP", "POP3", "SMTP"};
+  std::string name = tType_ >= kTypeNntp && tType_ <= kTypeSmtp ? kProtocol[tType_] : "?";
+  name += " " + std::to_string(SrcPort) + " " + Server;
+  if (ThroughCompanion()) return {tType_, "127.0.0.1", srcSSLPort_, std::move(name)};
+  return {tType_, Server, static_cast<uint16_t>(DestPort), std::move(name)};
 }
 
 // Accepts only while a channel pair is free; otherwise new connections wait

@@ -2,8 +2,8 @@
 
 #include <algorithm>
 #include <cctype>
-#include <cstdlib>
 
+#include "core/settings_paths.h"
 #include "sslbridge/control_command.h"
 
 namespace brindle::sslbridge {
@@ -95,16 +95,13 @@ CommandLine ParseCommandLine(int argc, const char* const* argv) {
   return cl;
 }
 
-std::vector<std::string> ConfigFileCandidates(const std::string& programDir) {
+std::vector<std::string> ConfigFileCandidates(const std::string& programDir,
+                                              const std::string& settingsDir) {
   std::vector<std::string> files;
-  if (!programDir.empty()) files.push_back(programDir + "/" + kConfigFileName);
-  std::string base;
-  if (const char* xdg = std::getenv("XDG_CONFIG_HOME"); xdg && *xdg) {
-    base = xdg;
-  } else if (const char* home = std::getenv("HOME"); home && *home) {
-    base = std::string(home) + "/.config";
+  if (!programDir.empty()) files.push_back(JoinPath(programDir, kConfigFileName));
+  if (!settingsDir.empty() && settingsDir != programDir) {
+    files.push_back(JoinPath(settingsDir, kConfigFileName));
   }
-  if (!base.empty()) files.push_back(base + "/OE Brindle/" + kConfigFileName);
   return files;
 }
 

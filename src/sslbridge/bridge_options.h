@@ -47,8 +47,10 @@ struct CommandLine {
 CommandLine ParseCommandLine(int argc, const char* const* argv);
 
 // Where "SslBridge.conf" is looked for, in reading order: the program's own
-// folder, then the user's settings folder ($XDG_CONFIG_HOME or ~/.config,
-// followed by "OE Brindle").
-std::vector<std::string> ConfigFileCandidates(const std::string& programDir);
+// folder, then the settings folder the program uses (handed over in
+// kSettingsFolderVariable, else the user's default settings folder). Empty
+// folders are left out.
+std::vector<std::string> ConfigFileCandidates(const std::string& programDir,
+                                              const std::string& settingsDir);
 
 }  // namespace brindle::sslbridge

@@ -1,8 +1,5 @@
 // SslBridge: the TLS companion. Started by the program without arguments;
 // see README.md for its options and its configuration file.
-#include <unistd.h>
-
-#include <climits>
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
@@ -14,6 +11,7 @@
 
 #include "core/event_log.h"
 #include "core/log.h"
+#include "core/settings_paths.h"
 #include "sslbridge/bridge.h"
 
 using namespace brindle;
@@ -25,20 +23,20 @@ const char kUsage[] =
     "usage: SslBridge [--control-port N] [--ca-file FILE]... [--insecure-host HOST]...\n"
     "                 [--config FILE]\n";
 
-std::string ProgramDir() {
-  char buf[PATH_MAX];
-  ssize_t n = readlink("/proc/self/exe", buf, sizeof buf - 1);
-  if (n <= 0) return {};
-  std::string path(buf, static_cast<size_t>(n));
-  return path.substr(0, path.rfind('/'));
+// The settings folder the program uses, as it handed it over; without it
+// (the companion started by hand) the user's default settings folder.
+std::string SettingsDir() {
+  if (const char* dir = std::getenv(kSettingsFolderVariable); dir && *dir) return dir;
+  return SettingsFolderIn(ApplicationDataFolder());
 }
 
-// Reads one configuration file if it exists; `required` makes a missing one an error.
+// Reads one configuration file if it exists and says whether it did;
+// `required` makes a missing one an error.
 bool ReadConfig(const std::string& file, bool required, BridgeOptions& options) {
   std::ifstream in(file, std::ios::binary);
   if (!in) {
     if (required) log::Error("configuration file " + file + " cannot be read");
-    return !required;
+    return false;
   }
   std::stringstream text;
   text << in.rdbuf();
@@ -64,7 +62,13 @@ int main(int argc, char** argv) {
   if (cl.configFile) {
     if (!ReadConfig(*cl.configFile, true, options)) return 2;
   } else {
-    for (const auto& file : ConfigFileCandidates(ProgramDir())) ReadConfig(file, false, options);
+    bool any = false;
+    std::string looked;
+    for (const auto& file : ConfigFileCandidates(ProgramFolder(), SettingsDir())) {
+      if (ReadConfig(file, false, options)) any = true;
+      looked += (looked.empty() ? "" : ", ") + file;
+    }
+    if (!any) log::Info("no configuration file read (looked for " + looked + ")");
   }
   if (const char* env = std::getenv(kControlPortVariable); env && *env) {
     if (auto port = ParsePort(env)) {

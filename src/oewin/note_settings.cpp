@@ -1,0 +1,24 @@
+#include "oewin/note_settings.h"
+
+namespace brindle {
+namespace {
+
+SettingsSource& Source() {
+  static SettingsSource source;
+  return source;
+}
+
+}  // namespace
+
+void SetNoteSettingsSource(SettingsSource source) {
+  Source() = std::move(source);
+}
+
+std::shared_ptr<const Settings> NoteSettings() {
+  if (Source())
+    if (auto settings = Source()()) return settings;
+  static const auto defaults = std::make_shared<const Settings>();
+  return defaults;
+}
+
+}  // namespace brindle

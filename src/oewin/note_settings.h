@@ -1,0 +1,18 @@
+// The settings snapshot that the note-window code (tracking, the ROT coder's
+// captions) reads on the client's thread. The program names the source once
+// at start; until then the defaults hold.
+#pragma once
+
+#include <functional>
+#include <memory>
+
+#include "core/settings.h"
+
+namespace brindle {
+
+using SettingsSource = std::function<std::shared_ptr<const Settings>()>;
+
+void SetNoteSettingsSource(SettingsSource source);
+std::shared_ptr<const Settings> NoteSettings();
+
+}  // namespace brindle

@@ -1,0 +1,56 @@
+#!/usr/bin/env bash
+# Runs the Windows companion tests under Wine against native OpenSSL servers
+# on loopback: makes the certificates, starts one `openssl s_server -rev` per
+# case, hands ports and files to the test program, and kills every server by
+# its PID at the end.
+#   tls_servers_test.sh TEST_EXE WINE WINEPREFIX
+set -euo pipefail
+test_exe=$1 wine=$2
+export WINEPREFIX=$3 WINEDEBUG=${WINEDEBUG:--all}
+work=$(mktemp -d "${TMPDIR:-/tmp}/tls-servers.XXXXXX")
+pids=()
+cleanup() {
+  local p
+  for p in "${pids[@]}"; do kill "$p" 2>/dev/null || true; done
+  for p in "${pids[@]}"; do wait "$p" 2>/dev/null || true; done
+  rm -rf "$work"
+}
+trap cleanup EXIT
+
+ca() {  # name
+  openssl req -x509 -newkey rsa:2048 -nodes -days 2 -subj "/CN=Brindle $1" \
+    -addext "basicConstraints=critical,CA:TRUE" -addext "keyUsage=critical,keyCertSign,cRLSign" \
+    -keyout "$work/$1.key" -out "$work/$1.pem" 2>/dev/null
+}
+leaf() {  # name ca dns-name
+  openssl req -newkey rsa:2048 -nodes -subj "/CN=$3" -keyout "$work/$1.key" -out "$work/$1.csr" \
+    2>/dev/null
+  printf 'subjectAltName=DNS:%s\nextendedKeyUsage=serverAuth\n' "$3" >"$work/$1.ext"
+  openssl x509 -req -in "$work/$1.csr" -CA "$work/$2.pem" -CAkey "$work/$2.key" \
+    -CAcreateserial -days 2 -extfile "$work/$1.ext" -out "$work/$1.pem" 2>/dev/null
+}
+serve() {  # name -> sets the variable $port
+  timeout 600 openssl s_server -rev -accept 127.0.0.1:0 -cert "$work/$1.pem" \
+    -key "$work/$1.key" >"$work/$1.out" 2>&1 &
+  pids+=($!)
+  for _ in $(seq 100); do
+    port=$(sed -n 's/^ACCEPT .*:\([0-9]*\)$/\1/p' "$work/$1.out" 2>/dev/null)
+    [ -n "$port" ] && return 0
+    sleep 0.1
+  done
+  echo "s_server for $1 did not start"; cat "$work/$1.out"; exit 1
+}
+
+ca trusted; ca private; ca unknown
+leaf good trusted localhost
+leaf other trusted news.example.org
+leaf priv private localhost
+leaf stranger unknown localhost
+
+serve good; export TLS_TEST_GOOD_PORT=$port
+serve other; export TLS_TEST_OTHER_NAME_PORT=$port
+serve priv; export TLS_TEST_PRIVATE_CA_PORT=$port
+serve stranger; export TLS_TEST_UNKNOWN_CA_PORT=$port
+export TLS_TEST_TRUSTED_CA="Z:$work/trusted.pem" TLS_TEST_PRIVATE_CA="Z:$work/private.pem"
+export WINEDLLOVERRIDES=${WINEDLLOVERRIDES:-mscoree,mshtml=}
+timeout 600 "$wine" "$test_exe"
