@@ -190,5 +190,28 @@ TEST(ChannelTest, AClientSwitchToTlsIsFlaggedAndLoggedOnce) {
   EXPECT_EQ(text.find("pass unprocessed"), text.rfind("pass unprocessed"));
 }
 
+TEST(ChannelTest, AGigabyteListAnswerPassesWithoutAByteChanged) {
+  Rig rig(kTypeNntp);
+  rig.Server("200 ready\r\n");
+  rig.Client("LIST\r\n");
+  EXPECT_EQ(rig.Server("215 list follows\r\n"), "215 list follows\r\n");
+  // Lines of every byte value but "." (so no line ends the answer), cut
+  // anywhere by the pieces.
+  std::string piece(64 * 1024 + 7, 'x');
+  uint32_t state = 1;
+  for (char& c : piece) {
+    state = state * 1664525u + 1013904223u;
+    c = static_cast<char>(state >> 24);
+    if (c == '.') c = '\n';
+  }
+  bool same = true;
+  for (size_t total = 0; total < (size_t{1} << 30); total += piece.size()) {
+    same = same && rig.channel.ProcessServerData(piece) == piece;
+  }
+  EXPECT_TRUE(same);
+  EXPECT_EQ(rig.Server("\r\n.\r\n"), "\r\n.\r\n");
+  EXPECT_EQ(rig.channel.StateName(), std::string("relaying"));
+}
+
 }  // namespace
 }  // namespace brindle::proxytest
