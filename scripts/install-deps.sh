@@ -4,12 +4,14 @@
 # machine that has everything needs no network at all.
 #   scripts/install-deps.sh          build, unit tests, Windows cross-builds
 #   scripts/install-deps.sh --e2e    also the real servers and clients of tests/e2e
+#   scripts/install-deps.sh --browser  also Chromium and Node.js for tests/browser
 set -euo pipefail
 root=$(cd "$(dirname "$0")/.." && pwd)
 
 packages=(
   cmake g++ make pkg-config
   libasio-dev libssl-dev openssl ca-certificates
+  librestinio-dev libfmt-dev libhttp-parser-dev
   googletest libgtest-dev libgmock-dev libbenchmark-dev
   clang libclang-rt-14-dev
   g++-mingw-w64-i686 g++-mingw-w64-x86-64 binutils-mingw-w64-i686 binutils-mingw-w64-x86-64
@@ -19,6 +21,11 @@ e2e=0
 if [[ "${1:-}" == "--e2e" ]]; then
   e2e=1
   packages+=(stunnel4)
+fi
+if [[ "${1:-}" == "--browser" ]]; then
+  packages+=(chromium)
+  # Node.js from Debian unless one (with its npm) is there already.
+  if ! command -v npm >/dev/null; then packages+=(nodejs npm); fi
 fi
 
 missing=()

@@ -5,6 +5,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -16,6 +17,7 @@ struct HeadlessConfig {
   std::vector<std::string> client;  // PROGRAM [ARGS...], or empty
   uint16_t companionControlPort = 5555;
   bool companionPortMoved = false;  // tell the companion its port
+  std::optional<uint16_t> webPort;  // the browser view's port, when the environment sets it
 };
 
 // Runs the program to its end and returns the exit status: 0 after a

@@ -19,7 +19,11 @@
 #include "app/startup_summary.h"
 #include "core/log.h"
 #include "core/message_box.h"
+#include "core/settings_file.h"
 #include "core/settings_paths.h"
+#include "web/web_access.h"
+#include "web/web_server.h"
+#include "web/web_view.h"
 
 namespace brindle::app {
 namespace {
@@ -27,6 +31,8 @@ namespace {
 constexpr const char* kCompanionFile = "SslBridge";
 // How long the companion gets to act on "QUIT" before it is told by signal.
 constexpr std::chrono::seconds kCompanionGrace{2};
+// Where the browser view listens unless told otherwise.
+constexpr uint16_t kDefaultWebPort = 8119;
 
 class HeadlessProgram {
  public:
@@ -91,7 +97,7 @@ class HeadlessProgram {
     loaded_ = true;
     const std::string summary =
         StartupSummary(*report, kCompanionFile, config_.companionControlPort);
-    std::fputs(summary.c_str(), stderr);
+    std::fputs((summary + OpenWebView()).c_str(), stderr);
     std::fflush(stderr);
     if (stopRequested_) return ShutDown();
     if (!config_.client.empty()) StartClient();
@@ -112,6 +118,25 @@ class HeadlessProgram {
       log::Info(milestone::kClientExited);
       ShutDown();
     });
+  }
+
+  // The browser view: a fresh secret in the settings folder, then the port.
+  // Neither failing stops the tunnels; the summary says what happened.
+  std::string OpenWebView() {
+    const uint16_t port = config_.webPort.value_or(kDefaultWebPort);
+    std::string error;
+    access_.emplace(web::MakeSecret(), port);
+    if (!web::SaveSecret(config_.settingsDir, access_->Secret(), error))
+      return "browser view: off, the key cannot be kept: " + error + "\n";
+    view_.emplace(io_, proxy_, store_, *access_,
+                  [](const Settings& settings) { return SaveSettings2Ini(settings); });
+    web_.emplace(io_, *view_, port);
+    if (!web_->Open(error)) {
+      web_.reset();
+      return "browser view: off, 127.0.0.1:" + std::to_string(port) + " " + error + "\n";
+    }
+    return "browser view: http://127.0.0.1:" + std::to_string(port) + "/?key=" + access_->Secret() +
+           "\n";
   }
 
   // The first SIGINT/SIGTERM ends the program; with a client it is handed to
@@ -138,6 +163,7 @@ class HeadlessProgram {
   void ShutDown() {
     if (closing_) return;
     closing_ = true;
+    if (web_) web_->Close();
     proxy_.CloseDown([this] {
       log::Info(milestone::kTunnelsClosed);
       AwaitCompanion();
@@ -180,6 +206,9 @@ class HeadlessProgram {
   Proxy proxy_;
   ProgramServices services_;
   asio::steady_timer companionTimer_;
+  std::optional<web::AccessRules> access_;
+  std::optional<web::WebView> view_;
+  std::optional<web::WebServer> web_;
   pid_t companion_ = -1;
   pid_t client_ = -1;
   bool loaded_ = false;

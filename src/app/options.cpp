@@ -52,12 +52,16 @@ std::string UsageText(const std::string& programName) {
 }
 
 std::optional<uint16_t> CompanionPortOverride(const char* value, std::string& error) {
+  return PortOverride("BRINDLE_COMPANION_PORT", value, error);
+}
+
+std::optional<uint16_t> PortOverride(const char* variable, const char* value, std::string& error) {
   if (value == nullptr || *value == '\0') return std::nullopt;
   const std::string_view text = value;
   unsigned port = 0;
   auto [end, ec] = std::from_chars(text.data(), text.data() + text.size(), port);
   if (ec != std::errc() || end != text.data() + text.size() || port == 0 || port > 65535) {
-    error = "BRINDLE_COMPANION_PORT is not a port number: " + std::string(text);
+    error = std::string(variable) + " is not a port number: " + std::string(text);
     return std::nullopt;
   }
   return static_cast<uint16_t>(port);

@@ -24,5 +24,7 @@ std::string UsageText(const std::string& programName);
 // (BRINDLE_COMPANION_PORT); nothing when unset. A value that is not a port
 // number is an error, reported in `error`.
 std::optional<uint16_t> CompanionPortOverride(const char* value, std::string& error);
+// The same for any port variable (BRINDLE_WEB_PORT: the browser view's).
+std::optional<uint16_t> PortOverride(const char* variable, const char* value, std::string& error);
 
 }  // namespace brindle::app

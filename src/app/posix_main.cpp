@@ -29,6 +29,8 @@ int main(int argc, char** argv) {
   }
   std::string portError;
   const auto port = app::CompanionPortOverride(std::getenv("BRINDLE_COMPANION_PORT"), portError);
+  const auto webPort =
+      app::PortOverride("BRINDLE_WEB_PORT", std::getenv("BRINDLE_WEB_PORT"), portError);
   if (!portError.empty()) {
     std::fprintf(stderr, "brindle: %s\n", portError.c_str());
     return 2;
@@ -42,6 +44,7 @@ int main(int argc, char** argv) {
   config.programDir = app::ProgramFolder();
   config.settingsDir = options.settingsDir ? *options.settingsDir : app::DefaultSettingsFolder();
   config.client = options.client;
+  config.webPort = webPort;
   if (port) {
     config.companionControlPort = *port;
     config.companionPortMoved = true;

@@ -23,10 +23,12 @@ ChannelPair::ChannelPair(asio::io_context& io, int16_t index, tcp::socket client
       server_(io),
       resolver_(io) {
   channel_.cType(target.type);
+  if (target_.traffic) ++target_.traffic->channels;
   channel_.tunnelName = target.tunnelName;
 }
 
 ChannelPair::~ChannelPair() {
+  if (target_.traffic) --target_.traffic->channels;
   if (auto registry = registry_.lock()) registry->PairDestroyed(index_);
 }
 
@@ -72,6 +74,8 @@ void ChannelPair::ReadClient() {
   client_.async_read_some(asio::buffer(fromClient_), [self = shared_from_this()](std::error_code ec,
                                                                                  size_t n) {
     if (ec) return self->Ended("client side", ec);
+    self->fromClientTotal_ += n;
+    if (self->target_.traffic) self->target_.traffic->fromClient += n;
     try {
       self->toServer_ = self->channel_.ProcessClientData(std::string(self->fromClient_.data(), n));
     } catch (const std::exception& e) {
@@ -94,6 +98,8 @@ void ChannelPair::ReadServer() {
   server_.async_read_some(asio::buffer(fromServer_), [self = shared_from_this()](std::error_code ec,
                                                                                  size_t n) {
     if (ec) return self->Ended("server side", ec);
+    self->fromServerTotal_ += n;
+    if (self->target_.traffic) self->target_.traffic->fromServer += n;
     try {
       self->toClient_ = self->channel_.ProcessServerData(std::string(self->fromServer_.data(), n));
     } catch (const std::exception& e) {

@@ -19,6 +19,13 @@ namespace brindle {
 
 class ChannelRegistry;
 
+// Bytes a tunnel's channels have carried since start, and its live channels.
+struct TunnelTraffic {
+  uint64_t fromClient = 0;
+  uint64_t fromServer = 0;
+  size_t channels = 0;
+};
+
 // Where a channel's server side goes: the real server, or the companion's
 // loopback port for a tunnel that uses TLS.
 struct ChannelTarget {
@@ -26,6 +33,8 @@ struct ChannelTarget {
   std::string host;
   uint16_t port = 0;
   std::string tunnelName;  // for the filter log: "NNTP 1119 news.example.org"
+  // The tunnel's running totals, which outlive its channels (may be null).
+  std::shared_ptr<TunnelTraffic> traffic;
 };
 
 class ChannelPair : public std::enable_shared_from_this<ChannelPair> {
@@ -43,6 +52,9 @@ class ChannelPair : public std::enable_shared_from_this<ChannelPair> {
   void Close();
 
   CChannel& Channel() { return channel_; }
+  const CChannel& Channel() const { return channel_; }
+  uint64_t BytesFromClient() const { return fromClientTotal_; }
+  uint64_t BytesFromServer() const { return fromServerTotal_; }
 
  private:
   static constexpr size_t kReadSize = 64 * 1024;
@@ -67,6 +79,8 @@ class ChannelPair : public std::enable_shared_from_this<ChannelPair> {
   std::string toClient_;
   std::string farewell_;
   bool farewellSent_ = false;
+  uint64_t fromClientTotal_ = 0;
+  uint64_t fromServerTotal_ = 0;
   bool closed_ = false;
 };
 

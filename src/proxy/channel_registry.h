@@ -44,6 +44,10 @@ class ChannelRegistry : public std::enable_shared_from_this<ChannelRegistry> {
 
   size_t Count() const { return Channels.size(); }
   CChannel* Find(int16_t index);
+  // Every live channel, in key order (the status page's table).
+  void ForEach(const std::function<void(const ChannelPair&)>& visit) const {
+    for (const auto& [key, pair] : Channels) visit(*pair);
+  }
 
  private:
   void ServeWaiting();

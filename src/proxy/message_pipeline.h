@@ -1,7 +1,6 @@
 // The fixed orders in which a channel rewrites or filters one whole message.
 // A step that fails (throws) must not cost the user the message: the text
-// then goes on as the steps before it left it, and the failure is logged.
-// The text is never copied for that: each step works on it in place.
+// then goes on exactly as it came, and the failure is logged.
 #pragma once
 
 #include <cstddef>

@@ -29,14 +29,22 @@ TEST(MessagePipelineTest, UuencodeCheckDependsOnTheLastPieceNotTheArticle) {
   EXPECT_THAT(steps.calls, ElementsAre("FilterChars1", "FixBoundary"));
 }
 
-TEST(MessagePipelineTest, MailFilterAndFailureKeepTheOriginal) {
+// Counts follow what the message went out as: a failed run counts nothing,
+// and a step that left the text as it was is not counted.
+TEST(MessagePipelineTest, MailFilterAndFailureKeepTheOriginalAndTheCounts) {
   Settings s;
   RecordingSteps steps;
   EXPECT_EQ(FilterMailMessage("m\r\n.\r\n", s, steps), "m{FixBoundary}\r\n.\r\n");
-  // A later step fails: the article goes on whole, as the earlier steps left it.
-  steps.failIn = "ChangeNewsHeaders";
-  EXPECT_EQ(RewriteNewsArticle("a\r\n.\r\n", s, steps),
-            "a{AppendSignature}{CutReferences950}\r\n.\r\n");
+  steps.failIn = "ChangeNewsHeaders";  // a later step fails: nothing of the earlier ones stays
+  EXPECT_EQ(RewriteNewsArticle("a\r\n.\r\n", s, steps), "a\r\n.\r\n");
+  EXPECT_EQ(steps.counts.signaturesAppended, 0u);
+
+  MessageSteps real;
+  s.intXNewsreader = 1;
+  s.strXNewsreader = "n";
+  RewriteNewsArticle("Subject: a\r\nX-Newsreader: old\r\n\r\nb\r\n.\r\n", s, real);
+  EXPECT_EQ(real.counts.headersReplaced, 1u);
+  EXPECT_EQ(real.counts.referencesShortened + real.counts.customHeadersInserted, 0u);
 }
 
 // What the display shows of a client stream, piece after piece.
@@ -52,26 +60,37 @@ TEST(MessagePipelineTest, RecordNamesTheStepsThatChangedTheText) {
   s.intCharFiltering = 1;
   s.intAsianFilter = 1;
   const std::string signedPart = "Content-Type: multipart/signed; boundary=\"b\"\r\n";
+  MessageSteps steps;  // counts of its own
   DownloadFiltering article;
-  FilterNewsArticle("220 1\r\nFrom: a@b\r\n" + signedPart + "\r\nx\x01y\r\n.\r\n", 5, s,
-                    DefaultMessageSteps(), &article);
-  EXPECT_EQ(article.changes.Names(), "control characters, multipart relabelled");
+  FilterNewsArticle(
+      "220 1\r\nFrom: a@b\r\n" + signedPart + "\r\nx\x01y\r\nbegin 644 f\r\nM\r\n.\r\n", 5, s,
+      steps, &article);
+  EXPECT_EQ(article.changes.Names(), "control characters, begin lines, multipart relabelled");
   EXPECT_EQ(article.sender, "a@b");
+  DownloadFiltering intact;  // a well-formed block stays as it is
+  FilterNewsArticle("220 1\r\n\r\nbegin 644 f\r\nM\r\n`\r\nend\r\n.\r\n", 5, s,
+                    DefaultMessageSteps(), &intact);
+  EXPECT_FALSE(intact.changes.Any());
 
   const SpammerList list = SpammerList::Parse("a@b\n");
   DownloadFiltering mail(&list);
-  const std::string marked = FilterMailMessage("+OK\r\nFrom: a@b\r\nSubject: \xB1\xB2\r\n\r\n.\r\n",
-                                               s, DefaultMessageSteps(), &mail);
+  const std::string marked =
+      FilterMailMessage("+OK\r\nFrom: a@b\r\nSubject: \xB1\xB2\r\n\r\n.\r\n", s, steps, &mail);
   EXPECT_EQ(mail.changes.Names(), "subject marked, spammer list");
   EXPECT_NE(marked.find("Subject: [SPAM] \xB1"), std::string::npos) << marked;  // marked once
 
   RecordingSteps failing;
   failing.failIn = "FixBoundary";
   DownloadFiltering failed(&list);
-  // The mail goes on as the steps before the failing one left it.
   EXPECT_EQ(FilterMailMessage("+OK\r\nFrom: a@b\r\n\r\n.\r\n", s, failing, &failed),
-            "+OK\r\nFrom: a@b\r\n{MarkAsianSpam90/10}\r\n.\r\n");
+            "+OK\r\nFrom: a@b\r\n\r\n.\r\n");
   EXPECT_FALSE(failed.changes.Any());
+
+  // The status page counts the same steps, once per message that went through.
+  EXPECT_EQ(steps.counts.controlCharsBlanked, 1u);
+  EXPECT_EQ(steps.counts.multipartsRelabelled, 1u);
+  EXPECT_EQ(steps.counts.subjectsMarked + steps.counts.sendersListed, 2u);
+  EXPECT_EQ(failing.counts.multipartsRelabelled + failing.counts.sendersListed, 0u);
 }
 
 TEST(TransferDisplayTest, CredentialsAreMaskedOnEveryLineOfAPiece) {

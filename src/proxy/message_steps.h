@@ -1,14 +1,14 @@
 // The rewriting and filter steps a channel applies to whole messages, behind
 // one seam so that a channel can be driven with other steps (the benchmark
 // and the tests count and order the calls, or make a step fail). Each step
-// works on the caller's text in place and hands it back; a step that fails
-// leaves the text whole, as far as it had got, so no copy is kept for it.
+// works on the text handed to it in place and hands it back.
 #pragma once
 
 #include <cstdint>
 #include <string>
 
 #include "core/settings.h"
+#include "proxy/step_counts.h"
 
 namespace brindle {
 
@@ -29,6 +29,10 @@ class MessageSteps {
   virtual std::string FilterChars(std::string&& text, int16_t charFiltering);
   virtual std::string MarkAsianSpam(std::string&& text, int16_t afPercentage, int16_t afMin);
   virtual std::string FixBoundary(std::string&& text);
+
+  // Messages these steps changed, step by step; the pipeline adds to them
+  // only when a whole message went through without a failure.
+  StepCounts counts;
 };
 
 // The program's own steps.

@@ -21,11 +21,11 @@ struct Proxy::Impl {
       : io(io),
         settings(settings),
         options(options),
+        steps(options.steps ? *options.steps : DefaultMessageSteps()),
         companion(std::make_shared<CompanionLink>(io, options.companionControlPort)),
         records(std::make_shared<FilterRecords>(io, settings, options.spammerListLook)),
         channels(std::make_shared<ChannelRegistry>(
-            io, ChannelServices{settings, options.steps ? *options.steps : DefaultMessageSteps(),
-                                display, *records})) {
+            io, ChannelServices{settings, steps, display, *records})) {
     records->Start();
   }
 
@@ -42,6 +42,7 @@ struct Proxy::Impl {
   asio::io_context& io;
   SettingsStore& settings;
   ProxyOptions options;
+  MessageSteps& steps;
   TransferDisplay display;
   RelaySocketPool relays;
   RoutePorts routePorts;
@@ -84,6 +85,14 @@ const std::vector<std::unique_ptr<CTunnel>>& Proxy::Tunnels() const {
 
 size_t Proxy::ChannelCount() const {
   return impl_->channels->Count();
+}
+
+void Proxy::ForEachChannel(const std::function<void(const ChannelPair&)>& visit) const {
+  impl_->channels->ForEach(visit);
+}
+
+const StepCounts& Proxy::Counts() const {
+  return impl_->steps.counts;
 }
 
 void Proxy::SetDisplayTransferredData(bool on) {

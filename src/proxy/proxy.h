@@ -19,6 +19,8 @@
 namespace brindle {
 
 class CTunnel;
+class ChannelPair;
+struct StepCounts;
 class MessageSteps;
 class TransferDisplay;
 
@@ -48,6 +50,9 @@ class Proxy {
 
   const std::vector<std::unique_ptr<CTunnel>>& Tunnels() const;
   size_t ChannelCount() const;
+  void ForEachChannel(const std::function<void(const ChannelPair&)>& visit) const;
+  // Messages the rewriting and filter steps changed since start.
+  const StepCounts& Counts() const;
 
   // Status page: "Recently transferred data" (kept while enabled, passwords
   // masked) and "Current connections".

@@ -32,6 +32,7 @@ int CTunnel::start(std::function<void(int)> done) {
   }
   std::error_code ec = Listen();
   const int error = TunnelErrorNumber(ec);
+  startError_ = error;
   if (error == 0) {
     blnRunning_ = true;
     ArmAccept();
@@ -124,8 +125,8 @@ ChannelTarget CTunnel::Target() const {
   static const char* const kProtocol[] = {"NNTP", "POP3", "SMTP"};
   std::string name = tType_ >= kTypeNntp && tType_ <= kTypeSmtp ? kProtocol[tType_] : "?";
   name += " " + std::to_string(SrcPort) + " " + Server;
-  if (ThroughCompanion()) return {tType_, "127.0.0.1", srcSSLPort_, std::move(name)};
-  return {tType_, Server, static_cast<uint16_t>(DestPort), std::move(name)};
+  if (ThroughCompanion()) return {tType_, "127.0.0.1", srcSSLPort_, std::move(name), traffic_};
+  return {tType_, Server, static_cast<uint16_t>(DestPort), std::move(name), traffic_};
 }
 
 // Accepts only while a channel pair is free; otherwise new connections wait

@@ -55,6 +55,9 @@ class CTunnel {
   uint16_t srcSSLPort() const { return srcSSLPort_; }
   int16_t intRelayIndex() const { return intRelayIndex_; }
   bool IsRunning() const { return blnRunning_; }
+  // The error number of the last start (0 = listening or never started).
+  int StartError() const { return startError_; }
+  const TunnelTraffic& Traffic() const { return *traffic_; }
 
   // Binds and listens (0, or the error number after the error box). An SSL
   // tunnel then registers its route with the companion, also after a failed
@@ -83,6 +86,8 @@ class CTunnel {
   bool blnRunning_ = false;
   bool acceptArmed_ = false;
   bool waitingForPair_ = false;
+  int startError_ = 0;
+  std::shared_ptr<TunnelTraffic> traffic_ = std::make_shared<TunnelTraffic>();
   uint64_t generation_ = 0;  // a stop or restart makes older handlers stale
 };
 

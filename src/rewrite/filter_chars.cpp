@@ -62,6 +62,23 @@ void BlankControls(std::string& text) {
 
 }  // namespace
 
+bool HasFilteredControls(std::string_view text) {
+  size_t at = 0;
+  for (; at + 32 <= text.size(); at += 32) {
+    Bytes16 low;
+    Bytes16 high;
+    std::memcpy(&low, text.data() + at, 16);
+    std::memcpy(&high, text.data() + at + 16, 16);
+    Bytes16 lowHits;
+    Bytes16 highHits;
+    ControlLanes(low, lowHits);
+    ControlLanes(high, highHits);
+    if (Any(lowHits | highHits)) return true;
+  }
+  return std::any_of(text.begin() + static_cast<std::ptrdiff_t>(at), text.end(),
+                     [](char c) { return IsFilteredControl(static_cast<unsigned char>(c)); });
+}
+
 std::string FilterChars(std::string&& text, int16_t charFiltering) {
   if (charFiltering == 1) {
     BlankControls(text);

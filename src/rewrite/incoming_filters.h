@@ -7,6 +7,7 @@
 
 #include <cstdint>
 #include <string>
+#include <string_view>
 
 namespace brindle {
 
@@ -14,6 +15,9 @@ namespace brindle {
 // length; any other mode deletes them (a branch the channel never reaches,
 // since it calls this only in mode 1). Codes 9-13 always stay.
 std::string FilterChars(std::string&& text, int16_t charFiltering);
+// Whether the text holds a code that FilterChars treats: read only, so that
+// a caller can tell whether the filter will change the text without a copy.
+bool HasFilteredControls(std::string_view text);
 
 // Disarms malformed uuencoded blocks: a "begin " line whose mode has fewer
 // than three octal digits, or whose block has no end line, gets the byte 160

@@ -25,21 +25,8 @@ TEST(DownloadedHeadersTest, MailboxOfTheFromFieldInTheHeaderBlockOnly) {
   EXPECT_EQ(MailboxOf("Undisclosed"), "");
 }
 
-TEST(SpammerMarkTest, SubjectMarkedFromReplacedOriginalKept) {
-  const std::string mail =
-      "+OK 120 octets\r\n"
-      "From: Joe <joe@spam.example>\r\n"
-      "Subject: Cheap offer\r\n"
-      "\r\n"
-      "Write to joe@spam.example\r\n.\r\n";
-  EXPECT_EQ(MarkListedSpammer(std::string(mail), "spammer@spam.invalid"),
-            "+OK 120 octets\r\n"
-            "From: Joe <spammer@spam.invalid>\r\n"
-            "X-Brindle-Original-From: Joe <joe@spam.example>\r\n"
-            "Subject: [SPAM] Cheap offer\r\n"
-            "\r\n"
-            "Write to joe@spam.example\r\n.\r\n");
-  // Marked already (by the subject filter), no Subject at all, no address to put.
+// The usual case is checked byte for byte through a tunnel (spammer_test).
+TEST(SpammerMarkTest, MarkedSubjectMissingSubjectAndNoAddressToPut) {
   EXPECT_EQ(MarkListedSpammer("+OK\r\nSubject: [SPAM] x\r\nFrom: a@b\r\n\r\n.\r\n", "s@s"),
             "+OK\r\nSubject: [SPAM] x\r\nFrom: s@s\r\nX-Brindle-Original-From: a@b\r\n\r\n.\r\n");
   EXPECT_EQ(MarkListedSpammer("220 1\r\nFrom: a@b\r\n\r\n.\r\n", ""),

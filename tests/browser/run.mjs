@@ -1,0 +1,195 @@
+// The browser view in a real browser: Debian's Chromium, headless, driven by
+// playwright-core. A scripted news server on loopback stands in for the real
+// one. Everything listens on ephemeral loopback ports and the whole run is
+// bounded by a watchdog.
+//
+//   BRINDLE_BIN_DIR   where brindle and SslBridge are (default build/debug/bin)
+//   BRINDLE_CHROMIUM  the browser (default /usr/bin/chromium)
+//   BRINDLE_SCREENSHOTS=DIR  also save the options and status pages there
+import { chromium } from "playwright-core";
+import { spawn } from "node:child_process";
+import { mkdtempSync, rmSync } from "node:fs";
+import net from "node:net";
+import os from "node:os";
+import path from "node:path";
+import { fileURLToPath } from "node:url";
+
+const here = path.dirname(fileURLToPath(import.meta.url));
+const binDir = process.env.BRINDLE_BIN_DIR || path.join(here, "../../build/debug/bin");
+const chromiumPath = process.env.BRINDLE_CHROMIUM || "/usr/bin/chromium";
+const shots = process.env.BRINDLE_SCREENSHOTS;
+const deadline = setTimeout(() => fail("the browser run took longer than 120 s"), 120_000);
+
+const cleanups = [];
+function fail(why) {
+  console.error("browser test FAILED: " + why);
+  for (const c of cleanups.reverse()) { try { c(); } catch { /* going anyway */ } }
+  process.exit(1);
+}
+function check(condition, what) {
+  if (!condition) fail(what);
+  console.log("ok - " + what);
+}
+
+function freePort() {
+  return new Promise((resolve, reject) => {
+    const s = net.createServer().listen(0, "127.0.0.1", () => {
+      const { port } = s.address();
+      s.close(() => resolve(port));
+    }).on("error", reject);
+  });
+}
+
+// A news server that takes one article per POST and keeps what it got.
+function newsServer() {
+  const articles = [];
+  const server = net.createServer((socket) => {
+    let posting = false;
+    let buffer = "";
+    socket.write("200 scripted news server ready\r\n");
+    socket.on("data", (data) => {
+      buffer += data.toString("latin1");
+      for (;;) {
+        if (posting) {
+          const end = buffer.indexOf("\r\n.\r\n");
+          if (end < 0) return;
+          articles.push(buffer.slice(0, end + 2));
+          buffer = buffer.slice(end + 5);
+          posting = false;
+          socket.write("240 article posted\r\n");
+          continue;
+        }
+        const eol = buffer.indexOf("\r\n");
+        if (eol < 0) return;
+        const line = buffer.slice(0, eol).toUpperCase();
+        buffer = buffer.slice(eol + 2);
+        if (line === "POST") { posting = true; socket.write("340 send it\r\n"); }
+        else if (line === "QUIT") { socket.end("205 bye\r\n"); return; }
+        else socket.write("500 what?\r\n");
+      }
+    });
+    socket.on("error", () => {});
+  });
+  return new Promise((resolve) =>
+    server.listen(0, "127.0.0.1", () => resolve({ server, articles, port: server.address().port })));
+}
+
+// Posts one article through the tunnel as a client would, line by line.
+function postArticle(port, article) {
+  return new Promise((resolve, reject) => {
+    const socket = net.connect(port, "127.0.0.1");
+    let got = "";
+    let step = 0;
+    socket.on("data", (data) => {
+      got += data.toString("latin1");
+      if (step === 0 && got.includes("200 ")) { step = 1; socket.write("POST\r\n"); }
+      else if (step === 1 && got.includes("340 ")) { step = 2; socket.write(article + "\r\n.\r\n"); }
+      else if (step === 2 && got.includes("240 ")) { step = 3; socket.write("QUIT\r\n"); }
+      else if (step === 3 && got.includes("205 ")) { socket.end(); resolve(got); }
+    });
+    socket.on("error", reject);
+  });
+}
+
+function startBrindle(settingsDir, webPort, companionPort) {
+  const child = spawn(path.join(binDir, "brindle"), ["--settings-dir", settingsDir], {
+    env: { ...process.env, BRINDLE_WEB_PORT: String(webPort),
+           BRINDLE_COMPANION_PORT: String(companionPort), LANG: "C" },
+    stdio: ["ignore", "ignore", "pipe"],
+  });
+  cleanups.push(() => child.kill("SIGTERM"));
+  return new Promise((resolve) => {
+    let err = "";
+    child.stderr.on("data", (d) => {
+      err += d.toString();
+      const m = err.match(/browser view: (http:\/\/\S+)/);
+      if (m) resolve({ child, address: m[1] });
+    });
+    child.on("exit", (code) => fail("brindle ended early (" + code + "):\n" + err));
+  });
+}
+
+process.on("uncaughtException", (e) => fail(e.stack || String(e)));
+process.on("unhandledRejection", (e) => fail(e?.stack || String(e)));
+
+const settingsDir = mkdtempSync(path.join(os.tmpdir(), "brindle-browser-"));
+const profileDir = mkdtempSync(path.join(os.tmpdir(), "brindle-chromium-"));
+cleanups.push(() => rmSync(settingsDir, { recursive: true, force: true }));
+cleanups.push(() => rmSync(profileDir, { recursive: true, force: true }));
+
+const news = await newsServer();
+cleanups.push(() => news.server.close());
+const [webPort, companionPort, tunnelPort] = [await freePort(), await freePort(), await freePort()];
+const brindle = await startBrindle(settingsDir, webPort, companionPort);
+
+const context = await chromium.launchPersistentContext(profileDir, {
+  executablePath: chromiumPath,
+  headless: true,
+  viewport: { width: 1100, height: 760 },
+  args: ["--headless", "--no-sandbox", "--disable-gpu", "--disable-quic", "--no-first-run",
+         "--disable-background-networking", "--disable-component-update", "--disable-sync"],
+});
+cleanups.push(() => context.close());
+const page = context.pages()[0] || await context.newPage();
+page.setDefaultTimeout(15_000);
+
+// The printed address signs in and then drops the key from the address bar.
+await page.goto(brindle.address);
+check(new URL(page.url()).search === "", "the key leaves the address after signing in");
+await page.waitForSelector("#view-status:not([hidden])");
+check(await page.locator("#tunnels tbody tr").count() === 0, "no tunnels before any settings");
+
+// Add a news tunnel to the scripted server and a custom header, then apply.
+await page.click("#nav-options");
+await page.waitForSelector("#settings-file-note:not([hidden])");
+check((await page.textContent("#settings-file-note")).includes(settingsDir),
+      "the options say where the settings file will be written");
+await page.click("#tunnel-add");
+const row = page.locator("#tunnel-rows tr").last();
+await row.locator("[name=tType]").selectOption("0");
+await row.locator("[name=Server]").fill("127.0.0.1");
+await row.locator("[name=SrcPort]").fill(String(tunnelPort));
+await row.locator("[name=DestPort]").fill(String(news.port));
+await row.locator("[name=AutoStart]").check();
+await page.click("#tab-news-headers");
+await page.fill("[name='news.HeaderName0']", "X-Brindle-Test");
+await page.fill("[name='news.HeaderBody0']", "from the browser");
+await page.fill("[name='news.InsertAfter0']", "Subject");
+await page.click("#apply");
+await page.waitForSelector("#options-message.applied");
+if (shots) {
+  await page.click("#tab-tunnels");
+  await page.screenshot({ path: path.join(shots, "browser-options.png") });
+}
+
+await page.click("#nav-status");
+await page.waitForSelector("#tunnels tbody tr .listening");
+check((await page.textContent("#tunnels tbody tr")).includes(String(tunnelPort)),
+      "the new tunnel is listening on the status page");
+
+// A real post through the tunnel: the header arrives, the counter moves.
+await postArticle(tunnelPort, "From: a@example.org\r\nNewsgroups: test\r\nSubject: hello\r\n\r\nbody");
+check(news.articles.length === 1 && news.articles[0].includes("X-Brindle-Test: from the browser"),
+      "the custom header reaches the news server");
+await page.locator("[data-count=customHeadersInserted]", { hasText: /^1$/ }).waitFor();
+check(true, "the status page counts the inserted header without a reload");
+if (shots) await page.screenshot({ path: path.join(shots, "browser-status.png"), fullPage: true });
+
+// The language switch changes the captions at once.
+const before = await page.textContent("#nav-options");
+await page.selectOption("#language", "DE");
+await page.locator("#nav-options").filter({ hasNotText: before }).waitFor();
+check(await page.textContent("#nav-options") !== before, "switching the language changes the captions");
+
+// The dry run shows the rewritten article with the changed line marked.
+await page.click("#nav-dryrun");
+await page.fill("#dryrun-text", "Subject: try\nNewsgroups: test\n\nbody\n");
+await page.click("#dryrun-go");
+await page.waitForSelector("#dryrun-result .changed");
+check((await page.textContent("#dryrun-result .changed")).includes("X-Brindle-Test: from the browser"),
+      "the dry run marks the inserted header");
+
+clearTimeout(deadline);
+for (const c of cleanups.reverse()) { try { await c(); } catch { /* going anyway */ } }
+console.log("browser test passed");
+process.exit(0);
