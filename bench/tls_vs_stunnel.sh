@@ -206,3 +206,5 @@ for name, _ in paths[1:]:
 ratios = [a / b for a, b in zip(speeds[("SslBridge", "connections")], speeds[("stunnel", "connections")])]
 print(f"  ratio SslBridge/stunnel {statistics.median(ratios):5.2f}")
 PY
+echo "  SslBridge resumed $(grep -c ', resumed$' "$WORK/sslbridge.log" || true) of" \
+  "$(grep -c ': connected, ' "$WORK/sslbridge.log" || true) TLS connections"

@@ -43,8 +43,10 @@ int main(int argc, char** argv) {
   }
   try {
     brindle::Settings settings;
-    std::string error;
-    if (!brindle::LoadToolSettings(command.settingsDir, settings, error)) return Fail(error, 2);
+    if (const brindle::Status loaded = brindle::LoadToolSettings(command.settingsDir, settings);
+        !loaded.ok()) {
+      return Fail(loaded.message(), 2);
+    }
     brindle::SetBinaryStdio();
     std::string input;
     if (!ReadAll(stdin, input)) return Fail("cannot read standard input", 1);

@@ -10,21 +10,20 @@
 
 namespace brindle {
 
-bool LoadToolSettings(const std::optional<std::string>& dir, Settings& s, std::string& error) {
+Status LoadToolSettings(const std::optional<std::string>& dir, Settings& s) {
   const std::string folder = dir ? *dir : SettingsFolderIn(ApplicationDataFolder());
-  if (folder.empty()) return true;
+  if (folder.empty()) return Status::Ok();
   std::error_code ec;
   if (!std::filesystem::is_directory(folder, ec)) {
-    if (!dir) return true;  // the program has not made its folder yet
-    error = "settings folder not found: " + folder;
-    return false;
+    if (!dir) return Status::Ok();  // the program has not made its folder yet
+    return Status::Error("settings folder not found: " + folder);
   }
   const std::string path = JoinPath(folder, "OE_Brindle.ini");
   std::ifstream in(path, std::ios::binary);
-  if (!in) return true;
+  if (!in) return Status::Ok();
   const std::string bytes{std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
-  LoadSettings(bytes, s, TunnelSink{});
-  return true;
+  LoadSettings(bytes, s);
+  return Status::Ok();
 }
 
 }  // namespace brindle

@@ -13,15 +13,17 @@
 #include <asio/io_context.hpp>
 #include <asio/signal_set.hpp>
 
+#include "core/status.h"
+
 namespace brindle::app {
 
 // Starts `program` with `args` (not including the program name), the
 // environment inherited. `searchPath`: look the program up in PATH like a
 // shell does. `ownProcessGroup`: start it in a process group of its own, so
 // that a Ctrl-C at the terminal reaches only this program, which then ends
-// the child in its own order. Returns the process id, or -1 with `error` set.
-pid_t SpawnProcess(const std::string& program, const std::vector<std::string>& args,
-                   bool searchPath, std::string& error, bool ownProcessGroup = false);
+// the child in its own order. Returns the process id.
+Expected<pid_t> SpawnProcess(const std::string& program, const std::vector<std::string>& args,
+                             bool searchPath, bool ownProcessGroup = false);
 
 // The exit status as a shell reports it: the code of a normal exit, 128 + the
 // signal number of a child killed by a signal.

@@ -3,16 +3,14 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <cstring>
-
 #include "app/child_process.h"
 
 extern char** environ;
 
 namespace brindle::app {
 
-pid_t SpawnProcess(const std::string& program, const std::vector<std::string>& args,
-                   bool searchPath, std::string& error, bool ownProcessGroup) {
+Expected<pid_t> SpawnProcess(const std::string& program, const std::vector<std::string>& args,
+                             bool searchPath, bool ownProcessGroup) {
   std::vector<char*> argv;
   argv.push_back(const_cast<char*>(program.c_str()));
   for (const std::string& arg : args) argv.push_back(const_cast<char*>(arg.c_str()));
@@ -39,10 +37,7 @@ pid_t SpawnProcess(const std::string& program, const std::vector<std::string>& a
       searchPath ? posix_spawnp(&pid, program.c_str(), nullptr, &attributes, argv.data(), environ)
                  : posix_spawn(&pid, program.c_str(), nullptr, &attributes, argv.data(), environ);
   posix_spawnattr_destroy(&attributes);
-  if (result != 0) {
-    error = program + ": " + std::strerror(result);
-    return -1;
-  }
+  if (result != 0) return Status::Error(program, {result, std::generic_category()});
   return pid;
 }
 

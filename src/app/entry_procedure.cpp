@@ -1,15 +1,13 @@
 #include "app/entry_procedure.h"
 
 #include <algorithm>
-#include <cctype>
-#include <cstdlib>
-#include <ctime>
 #include <vector>
 
 #include "app/milestones.h"
 #include "core/language.h"
 #include "core/log.h"
 #include "core/message_box.h"
+#include "core/text.h"
 
 namespace brindle::app {
 namespace {
@@ -25,11 +23,6 @@ constexpr int kMissingClientString = 159;
 // runs inside a process named like its own program.
 bool WindowsMailSystem(ClientHostSystem& system) {
   return system.WindowsMajorVersion() >= 6;
-}
-
-std::string Upper(std::string text) {
-  for (char& c : text) c = static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
-  return text;
 }
 
 // Registry texts may carry a NUL and, for App Paths, a trailing list
@@ -53,7 +46,8 @@ std::optional<int> Refusal(ClientHostSystem& system) {
     system.BringToFront(kClientWindowClass);
     return 0;
   }
-  if (WindowsMailSystem(system) && Upper(system.ProgramBaseName() + ".exe") != "WINMAIL.EXE") {
+  if (WindowsMailSystem(system) &&
+      !EqualsNoCase(system.ProgramBaseName() + ".exe", "WINMAIL.EXE")) {
     ShowMessageBox(kWrongNameText, kWrongNameTitle, BoxIcon::kCritical);
     return 1;
   }
@@ -111,7 +105,6 @@ std::optional<std::string> FindClientLibrary(ClientHostSystem& system, bool wind
 
 int RunEntryProcedure(ClientHostSystem& system, MainForm& form, const EntryArguments& arguments) {
   if (const auto status = Refusal(system)) return *status;
-  std::srand(static_cast<unsigned>(std::time(nullptr)));
   if (!form.Load()) return 1;
 
   const auto library = FindClientLibrary(system, WindowsMailSystem(system));

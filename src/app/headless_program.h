@@ -4,6 +4,7 @@
 // ends, and shuts down in the same order with the same milestones.
 #pragma once
 
+#include <atomic>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -18,6 +19,10 @@ struct HeadlessConfig {
   uint16_t companionControlPort = 5555;
   bool companionPortMoved = false;  // tell the companion its port
   std::optional<uint16_t> webPort;  // the browser view's port, when the environment sets it
+  // Set by SIGINT/SIGTERM until start-up is over (the event loop is busy
+  // reading the settings and runs no signal handler meanwhile); the program
+  // takes both signals itself from then on.
+  const std::atomic<bool>* stopRequested = nullptr;
 };
 
 // Runs the program to its end and returns the exit status: 0 after a

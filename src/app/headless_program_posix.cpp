@@ -1,6 +1,7 @@
 #include <signal.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <chrono>
 #include <cstdio>
 #include <optional>
@@ -21,6 +22,8 @@
 #include "core/message_box.h"
 #include "core/settings_file.h"
 #include "core/settings_paths.h"
+#include "localnet/control_key.h"
+#include "proxy/channel_timeouts.h"
 #include "web/web_access.h"
 #include "web/web_server.h"
 #include "web/web_view.h"
@@ -31,6 +34,21 @@ namespace {
 constexpr const char* kCompanionFile = "SslBridge";
 // How long the companion gets to act on "QUIT" before it is told by signal.
 constexpr std::chrono::seconds kCompanionGrace{2};
+// A companion that ends by itself is started again after a wait that doubles
+// with each failure up to the longest; one that ran a while starts the count
+// afresh.
+constexpr std::chrono::seconds kRestartFirst{1};
+constexpr std::chrono::seconds kRestartLongest{30};
+constexpr std::chrono::seconds kRanLongEnough{60};
+
+ProxyOptions MakeProxyOptions(const HeadlessConfig& config) {
+  ProxyOptions options;
+  options.companionControlPort = config.companionControlPort;
+  options.companionKey = localnet::NewControlKey();
+  options.timeouts = ChannelTimeoutsFromEnvironment();
+  return options;
+}
+
 // Where the browser view listens unless told otherwise.
 constexpr uint16_t kDefaultWebPort = 8119;
 
@@ -39,17 +57,26 @@ class HeadlessProgram {
   explicit HeadlessProgram(const HeadlessConfig& config)
       : config_(config),
         children_(io_),
-        stopSignals_(io_, SIGINT, SIGTERM),
-        proxy_(io_, store_, ProxyOptions{config.companionControlPort}),
+        stopSignals_(io_),
+        proxyOptions_(MakeProxyOptions(config)),
+        proxy_(io_, store_, proxyOptions_),
         services_(io_, proxy_, store_, Hooks()),
-        companionTimer_(io_) {}
+        companionTimer_(io_),
+        restartTimer_(io_) {}
 
   int Run() {
-    WaitForStopSignal();
     asio::post(io_, [this] {
       RunLoadSequence(services_, [this](std::optional<StartupReport> report) { Loaded(report); });
     });
-    io_.run();
+    // A handler that throws loses its own work; the program goes on.
+    for (;;) {
+      try {
+        io_.run();
+        break;
+      } catch (const std::exception& e) {
+        log::Error(std::string("unexpected failure, carrying on: ") + e.what());
+      }
+    }
     return exitStatus_;
   }
 
@@ -59,9 +86,8 @@ class HeadlessProgram {
     hooks.companionFileName = kCompanionFile;
     hooks.launchCompanion = [this] { return LaunchCompanion(); };
     hooks.defaultLanguage = [] { return UserLanguage(); };
-    hooks.loadSettings = [this](int16_t language, const ProgramHooks::ProgressSink& sink) {
-      return FindSettings(config_.programDir, config_.settingsDir, language, sink);
-    };
+    hooks.settingsPlaces = {config_.settingsDir, config_.programDir};
+    hooks.stopLoading = config_.stopRequested;
     return hooks;
   }
 
@@ -73,45 +99,80 @@ class HeadlessProgram {
       args = {"--control-port", std::to_string(config_.companionControlPort)};
     // The companion reads its SslBridge.conf from the settings folder in use.
     ExportSettingsFolder(config_.settingsDir);
-    std::string error;
+    // The key goes to the companion alone: set for its start, then removed,
+    // so that the client started later does not inherit it.
+    setenv(localnet::kControlKeyVariable, proxyOptions_.companionKey.c_str(), 1);
     // Its own process group: a Ctrl-C meant for us must not end the companion
     // before the routes are withdrawn and QUIT is sent.
-    companion_ = SpawnProcess(path, args, false, error, /*ownProcessGroup=*/true);
-    if (companion_ < 0) {
-      log::Error(error);
+    Expected<pid_t> spawned = SpawnProcess(path, args, false, /*ownProcessGroup=*/true);
+    unsetenv(localnet::kControlKeyVariable);
+    if (!spawned.ok()) {
+      log::Error(spawned.status().message());
       return false;
     }
+    companion_ = *spawned;
+    companionStarted_ = std::chrono::steady_clock::now();
     children_.Watch(companion_, [this](int status) {
-      if (!closing_) log::Warning("companion ended early, status " + std::to_string(status));
       CompanionGone();
+      if (!closing_) RestartCompanion(status);
     });
     return true;
   }
 
+  // The companion ended while it was still needed (killed, crashed, or told
+  // to QUIT by someone else in the days when anyone could): start it again
+  // and tell it every running route.
+  void RestartCompanion(int status) {
+    if (std::chrono::steady_clock::now() - companionStarted_ >= kRanLongEnough)
+      restartWait_ = kRestartFirst;
+    const auto wait = restartWait_;
+    restartWait_ = std::min(restartWait_ * 2, kRestartLongest);
+    log::Warning("companion ended early, status " + std::to_string(status) +
+                 "; starting it again in " + std::to_string(wait.count()) + " s");
+    restartTimer_.expires_after(wait);
+    restartTimer_.async_wait([this, status](const std::error_code& ec) {
+      if (ec || closing_) return;
+      if (!LaunchCompanion()) return RestartCompanion(status);
+      services_.ProbeCompanion([this](bool up) {
+        if (closing_) return;
+        if (!up) log::Warning("companion started again but not answering yet");
+        proxy_.RestoreRoutes([] { log::Info("companion started again, routes restored"); });
+      });
+    });
+  }
+
   void Loaded(const std::optional<StartupReport>& report) {
+    TakeStopSignals();
     if (!report) {  // the companion is missing; its box has been shown
       exitStatus_ = 1;
       Finish();
       return;
     }
-    loaded_ = true;
     const std::string summary =
         StartupSummary(*report, kCompanionFile, config_.companionControlPort);
     std::fputs((summary + OpenWebView()).c_str(), stderr);
     std::fflush(stderr);
-    if (stopRequested_) return ShutDown();
+    if (config_.stopRequested && config_.stopRequested->load()) return ShutDown();
     if (!config_.client.empty()) StartClient();
+  }
+
+  // Added before the flag is looked at, so a signal is either seen in the
+  // flag or arrives through the event loop.
+  void TakeStopSignals() {
+    stopSignals_.add(SIGINT);
+    stopSignals_.add(SIGTERM);
+    WaitForStopSignal();
   }
 
   void StartClient() {
     std::vector<std::string> args(config_.client.begin() + 1, config_.client.end());
-    std::string error;
-    client_ = SpawnProcess(config_.client.front(), args, true, error);
-    if (client_ < 0) {
-      log::Error("cannot start the client: " + error);
+    Expected<pid_t> spawned = SpawnProcess(config_.client.front(), args, true);
+    if (!spawned.ok()) {
+      log::Error("cannot start the client: " + spawned.status().message());
       exitStatus_ = 127;
       return ShutDown();
     }
+    client_ = *spawned;
     children_.Watch(client_, [this](int status) {
       client_ = -1;
       exitStatus_ = status;
@@ -129,7 +190,7 @@ class HeadlessProgram {
     if (!web::SaveSecret(config_.settingsDir, access_->Secret(), error))
       return "browser view: off, the key cannot be kept: " + error + "\n";
     view_.emplace(io_, proxy_, store_, *access_,
-                  [](const Settings& settings) { return SaveSettings2Ini(settings); });
+                  [](const Settings& settings) { return SaveSettings2Ini(settings).ok(); });
     web_.emplace(io_, *view_, port);
     if (!web_->Open(error)) {
       web_.reset();
@@ -151,11 +212,6 @@ class HeadlessProgram {
         WaitForStopSignal();
         return;
       }
-      if (!loaded_) {
-        stopRequested_ = true;  // start-up finishes first, then shuts down
-        WaitForStopSignal();
-        return;
-      }
       ShutDown();
     });
   }
@@ -163,6 +219,7 @@ class HeadlessProgram {
   void ShutDown() {
     if (closing_) return;
     closing_ = true;
+    restartTimer_.cancel();
     if (web_) web_->Close();
     proxy_.CloseDown([this] {
       log::Info(milestone::kTunnelsClosed);
@@ -203,16 +260,18 @@ class HeadlessProgram {
   SettingsStore store_;
   ChildWatcher children_;
   asio::signal_set stopSignals_;
+  ProxyOptions proxyOptions_;
   Proxy proxy_;
   ProgramServices services_;
   asio::steady_timer companionTimer_;
+  asio::steady_timer restartTimer_;
+  std::chrono::seconds restartWait_ = kRestartFirst;
+  std::chrono::steady_clock::time_point companionStarted_;
   std::optional<web::AccessRules> access_;
   std::optional<web::WebView> view_;
   std::optional<web::WebServer> web_;
   pid_t companion_ = -1;
   pid_t client_ = -1;
-  bool loaded_ = false;
-  bool stopRequested_ = false;
   bool signalForwarded_ = false;
   bool closing_ = false;
   bool finished_ = false;

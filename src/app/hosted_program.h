@@ -14,10 +14,15 @@
 #include "app/main_form.h"
 #include "app/main_window_win32.h"
 #include "app/program_services.h"
+#include "core/language_menu.h"
 #include "core/message_box.h"
 #include "core/settings_store.h"
 #include "oewin/note_watch.h"
 #include "proxy/proxy.h"
+#include "ui/main_window_ui_win32.h"
+#include "ui/options_window_win32.h"
+#include "ui/proxy_tunnel_control.h"
+#include "ui/settings_apply.h"
 
 namespace brindle::app {
 
@@ -34,6 +39,10 @@ class HostedProgram : public MainForm {
  private:
   void Stop();
   void RedirectBoxes();
+  // Menus, boxes, tray and the options window, once the settings are loaded.
+  void OpenUserInterface();
+  void ShowClient();
+  void OpenHelp();
 
   ClientHostSystem& system_;
   std::string programDir_, settingsDir_;
@@ -45,6 +54,12 @@ class HostedProgram : public MainForm {
   std::thread ioThread_;
   std::unique_ptr<Proxy> proxy_;  // lives on the io thread
   std::unique_ptr<ProgramServices> services_;
+  std::unique_ptr<ui::ProxyTunnelControl> tunnelControl_;
+  std::unique_ptr<ui::SettingsApplier> applier_;
+  LanguageWindows languageWindows_;
+  std::unique_ptr<LanguageMenu> languageMenu_;
+  std::unique_ptr<ui::OptionsWindow> optionsWindow_;
+  std::unique_ptr<ui::MainWindowUi> ui_;
   std::unique_ptr<NoteWindowWatch> noteWatch_;  // on the client's thread
   MessageBoxSink previousBoxes_;
   bool boxesRedirected_ = false;

@@ -2,11 +2,17 @@
 
 #include <asio/post.hpp>
 
+#include <shellapi.h>
+
 #include "app/settings_binding.h"
+#include "core/language.h"
 #include "core/log.h"
 #include "core/message_box.h"
+#include "core/settings_file.h"
 #include "core/settings_paths.h"
+#include "localnet/control_key.h"
 #include "oewin/note_settings.h"
+#include "oewin/rot_coder.h"
 
 namespace brindle::app {
 
@@ -53,12 +59,15 @@ bool HostedProgram::Load() {
   hooks.launchCompanion = [this] {
     // The companion reads its SslBridge.conf from the settings folder in use.
     ExportSettingsFolder(settingsDir_);
-    return system_.ShellOpenHidden(programDir_ + "\\" + kCompanionFile);
+    // The key reaches the companion through the environment it inherits,
+    // and only it: the variable is gone again once it has started.
+    SetEnvironmentVariableA(localnet::kControlKeyVariable, options_.companionKey.c_str());
+    const bool started = system_.ShellOpenHidden(programDir_ + "\\" + kCompanionFile);
+    SetEnvironmentVariableA(localnet::kControlKeyVariable, nullptr);
+    return started;
   };
   hooks.defaultLanguage = [] { return UserLanguage(); };
-  hooks.loadSettings = [this](int16_t language, const ProgramHooks::ProgressSink& sink) {
-    return FindSettings(programDir_, settingsDir_, language, sink);
-  };
+  hooks.settingsPlaces = {settingsDir_, programDir_};
 
   bool loaded = false, ok = false;
   asio::post(io_, [&, hooks = std::move(hooks)]() mutable {
@@ -76,11 +85,66 @@ bool HostedProgram::Load() {
   if (ok) {
     SetNoteSettingsSource([this] { return store_.Current(); });
     noteWatch_ = std::make_unique<NoteWindowWatch>();
+    OpenUserInterface();
   }
   return ok;
 }
 
+void HostedProgram::OpenUserInterface() {
+  tunnelControl_ = std::make_unique<ui::ProxyTunnelControl>(
+      io_, [this] { return proxy_.get(); },
+      [this](std::function<void()> work) { window_.Post(std::move(work)); });
+  applier_ = std::make_unique<ui::SettingsApplier>(store_, tunnelControl_.get());
+  languageMenu_ = std::make_unique<LanguageMenu>(store_, languageWindows_,
+                                                 [](const Settings& s) { (void)SaveSettings2Ini(s); /* a failure is logged by the writer */ });
+  optionsWindow_ =
+      std::make_unique<ui::OptionsWindow>(*applier_, languageWindows_, tunnelControl_.get());
+  ui::MainWindowActions actions;
+  actions.end = [this] { PostMessageW(window_.Handle(), WM_CLOSE, 0, 0); };
+  actions.rotCoder = [this] { OpenRotCoder(window_.Handle()); };
+  actions.showClient = [this] { ShowClient(); };
+  actions.help = [this] { OpenHelp(); };
+  ui_ = std::make_unique<ui::MainWindowUi>(window_.Handle(), *applier_, languageWindows_,
+                                           *languageMenu_, *optionsWindow_, tunnelControl_.get(),
+                                           std::move(actions));
+  optionsWindow_->onApplied = [this] { ui_->SettingsChanged(); };
+  window_.SetHandler([this](UINT m, WPARAM w, LPARAM l) { return ui_->Handle(m, w, l); });
+  // The boxes follow the proxy's display: posted over, never shared.
+  asio::post(io_, [this] {
+    if (!proxy_) return;
+    proxy_->SetDisplayTransferredData(true);
+    proxy_->SetDisplayObserver([this](const std::string& recent, size_t connections) {
+      window_.Post([this, recent, connections] {
+        if (ui_) ui_->ShowStatus(recent, connections);
+      });
+    });
+  });
+}
+
+void HostedProgram::ShowClient() {
+  HWND client = FindWindowA("Outlook Express Browser Class", nullptr);
+  if (client == nullptr) return;
+  ShowWindow(client, IsIconic(client) ? SW_RESTORE : SW_SHOW);
+  SetForegroundWindow(client);
+}
+
+void HostedProgram::OpenHelp() {
+  const Settings& s = *store_.Current();
+  const std::string file =
+      programDir_ + (s.intLanguage == kLangPolish ? "\\OE_Brindle.chm" : "\\OE_Brindle_EN.chm");
+  if (GetFileAttributesA(file.c_str()) == INVALID_FILE_ATTRIBUTES ||
+      reinterpret_cast<INT_PTR>(ShellExecuteA(window_.Handle(), "open", file.c_str(), nullptr,
+                                              nullptr, SW_SHOWNORMAL)) <= 32) {
+    ShowMessageBox(std::string(LanguageString(s, 24)) + " " + file, MessageBoxTitle(s, 25),
+                   BoxIcon::kExclamation);
+  }
+}
+
 void HostedProgram::CloseTunnels() {
+  // The windows go before the proxy they ask.
+  window_.SetHandler({});
+  ui_.reset();
+  optionsWindow_.reset();
   bool closed = false;
   asio::post(io_, [&] {
     if (!proxy_) {

@@ -65,6 +65,7 @@ LRESULT CALLBACK MainWindow::Procedure(HWND window, UINT message, WPARAM w, LPAR
 }
 
 LRESULT MainWindow::Handle(HWND window, UINT message, WPARAM w, LPARAM l) {
+  if (message != kRunPosted && handler_ && handler_(message, w, l)) return 0;
   switch (message) {
     case kRunPosted: {
       std::unique_ptr<std::function<void()>> work(reinterpret_cast<std::function<void()>*>(l));

@@ -26,6 +26,10 @@ class MainWindow {
   // window is gone (the work is dropped).
   bool Post(std::function<void()> work);
 
+  // Sees every message first (menus, tray, boxes); true when it handled one.
+  using Handler = std::function<bool(UINT message, WPARAM w, LPARAM l)>;
+  void SetHandler(Handler handler) { handler_ = std::move(handler); }
+
   // Runs the thread's message loop until `done` is true (set by posted work).
   void PumpUntil(const bool& done);
 
@@ -35,6 +39,7 @@ class MainWindow {
 
   HWND window_ = nullptr;
   bool closing_ = false;
+  Handler handler_;
 };
 
 }  // namespace brindle::app

@@ -51,20 +51,30 @@ std::string UsageText(const std::string& programName) {
          "  --version            show the version\n";
 }
 
-std::optional<uint16_t> CompanionPortOverride(const char* value, std::string& error) {
-  return PortOverride("BRINDLE_COMPANION_PORT", value, error);
+Expected<std::optional<uint16_t>> CompanionPortOverride(const char* value) {
+  return PortOverride("BRINDLE_COMPANION_PORT", value);
 }
 
-std::optional<uint16_t> PortOverride(const char* variable, const char* value, std::string& error) {
-  if (value == nullptr || *value == '\0') return std::nullopt;
+Expected<std::optional<uint16_t>> PortOverride(const char* variable, const char* value) {
+  using Port = std::optional<uint16_t>;
+  if (value == nullptr || *value == '\0') return Port();
   const std::string_view text = value;
   unsigned port = 0;
   auto [end, ec] = std::from_chars(text.data(), text.data() + text.size(), port);
   if (ec != std::errc() || end != text.data() + text.size() || port == 0 || port > 65535) {
-    error = std::string(variable) + " is not a port number: " + std::string(text);
-    return std::nullopt;
+    return Status::Error(std::string(variable) + " is not a port number: " + std::string(text));
   }
-  return static_cast<uint16_t>(port);
+  return Port(static_cast<uint16_t>(port));
+}
+
+std::optional<log::Level> LogLevelOverride(const char* value, std::string& error) {
+  if (value == nullptr || *value == '\0') return std::nullopt;
+  for (log::Level level :
+       {log::Level::kDebug, log::Level::kInfo, log::Level::kWarning, log::Level::kError}) {
+    if (std::string_view(value) == log::LevelName(level)) return level;
+  }
+  error = "BRINDLE_LOG_LEVEL is not one of debug, info, warning, error: " + std::string(value);
+  return std::nullopt;
 }
 
 }  // namespace brindle::app

@@ -33,9 +33,8 @@ TEST(InstanceLock, OneHolderPerFolderUntilItGoes) {
   // holder lets go, the next start gets in although the child still runs.
   asio::io_context io;
   ChildWatcher children(io);
-  std::string error;
-  const pid_t child = SpawnProcess("sleep", {"30"}, true, error);
-  ASSERT_GT(child, 0) << error;
+  const pid_t child = SpawnProcess("sleep", {"30"}, true).value();
+  ASSERT_GT(child, 0);
   first.reset();
   EXPECT_EQ(InstanceLock::Acquire(folder, second, detail), InstanceLock::Result::kAcquired);
   kill(child, SIGKILL);
@@ -50,10 +49,9 @@ TEST(InstanceLock, OneHolderPerFolderUntilItGoes) {
 TEST(ChildWatcher, ReportsEachChildsStatusAsAShellWould) {
   asio::io_context io;
   ChildWatcher children(io);
-  std::string error;
-  const pid_t ok = SpawnProcess("/bin/sh", {"-c", "exit 0"}, false, error);
-  const pid_t three = SpawnProcess("sh", {"-c", "exit 3"}, true, error);
-  const pid_t killed = SpawnProcess("sh", {"-c", "kill -TERM $$"}, true, error);
+  const pid_t ok = SpawnProcess("/bin/sh", {"-c", "exit 0"}, false).value();
+  const pid_t three = SpawnProcess("sh", {"-c", "exit 3"}, true).value();
+  const pid_t killed = SpawnProcess("sh", {"-c", "kill -TERM $$"}, true).value();
   ASSERT_GT(ok, 0);
   ASSERT_GT(three, 0);
   ASSERT_GT(killed, 0);
@@ -71,9 +69,8 @@ TEST(ChildWatcher, ReportsEachChildsStatusAsAShellWould) {
 TEST(ChildWatcher, OnlyTheCompanionLeavesTheTerminalsProcessGroup) {
   asio::io_context io;
   ChildWatcher children(io);
-  std::string error;
-  const pid_t client = SpawnProcess("sleep", {"30"}, true, error);
-  const pid_t companion = SpawnProcess("sleep", {"30"}, true, error, /*ownProcessGroup=*/true);
+  const pid_t client = SpawnProcess("sleep", {"30"}, true).value();
+  const pid_t companion = SpawnProcess("sleep", {"30"}, true, /*ownProcessGroup=*/true).value();
   ASSERT_GT(client, 0);
   ASSERT_GT(companion, 0);
   // A client such as a newsreader needs the terminal: it stays in our group.

@@ -31,15 +31,27 @@ void ProgramServices::ProbeUntil(std::chrono::steady_clock::time_point deadline,
 }
 
 LoadedSettings ProgramServices::LoadSettings(int16_t defaultLanguage, const TunnelSink& sink) {
-  // A tunnel started while the file is read shows its error box in the
-  // language in force: the settings read so far are published first.
-  LoadedSettings loaded = hooks_.loadSettings(
-      defaultLanguage, [this, &sink](const Settings& readSoFar, const TunnelRecord& record) {
-        store_.Replace(readSoFar);
-        sink(record);
-      });
+  LoadedSettings loaded = FindAndLoadSettings(
+      hooks_.settingsPlaces, defaultLanguage,
+      [this, &sink](const TunnelRecord& record, const Settings& readSoFar) {
+        PublishLanguage(readSoFar.intLanguage);
+        sink(record, readSoFar);
+      },
+      hooks_.stopLoading);
   store_.Replace(loaded.settings);
   return loaded;
+}
+
+// A tunnel started while the file is read shows its error box in the
+// language in force; nothing else reads the settings before the load ends.
+// Only the language is published, and only when it changes: a copy of
+// everything read so far per tunnel made loading quadratic in the tunnels.
+void ProgramServices::PublishLanguage(int16_t language) {
+  std::shared_ptr<const Settings> current = store_.Current();
+  if (current->intLanguage == language) return;
+  Settings next = *current;
+  next.intLanguage = language;
+  store_.Replace(std::move(next));
 }
 
 }  // namespace brindle::app

@@ -3,6 +3,7 @@
 // settings found by the settings subsystem and published in the store.
 #pragma once
 
+#include <atomic>
 #include <chrono>
 #include <functional>
 #include <string>
@@ -19,9 +20,9 @@ struct ProgramHooks {
   std::string companionFileName;
   std::function<bool()> launchCompanion;
   std::function<int16_t()> defaultLanguage;
-  // Tunnels reach the sink with the settings read so far.
-  using ProgressSink = std::function<void(const Settings& readSoFar, const TunnelRecord&)>;
-  std::function<LoadedSettings(int16_t defaultLanguage, const ProgressSink& sink)> loadSettings;
+  SettingsPlaces settingsPlaces;
+  // Ends the reading of the settings file early when it becomes true.
+  const std::atomic<bool>* stopLoading = nullptr;
 };
 
 class ProgramServices : public StartupServices {
@@ -40,6 +41,7 @@ class ProgramServices : public StartupServices {
 
  private:
   void ProbeUntil(std::chrono::steady_clock::time_point deadline, std::function<void(bool)> done);
+  void PublishLanguage(int16_t language);
 
   asio::io_context& io_;
   Proxy& proxy_;

@@ -190,6 +190,25 @@ TEST_F(ProgramTest, ListensAfterStartUpAndLeavesNothingBehindAfterSigterm) {
   EXPECT_FALSE(Listening(controlPort_));
 }
 
+TEST_F(ProgramTest, ACompanionKilledFromOutsideIsStartedAgainWithItsRoutes) {
+  const uint16_t pop = FreePort();
+  fs::create_directories(settingsDir_);
+  WriteFile(settingsDir_ / "OE_Brindle.ini", TunnelSettings(FreePort(), pop, FreePort()));
+  ProgramRun run(Exe(), Args());
+  ASSERT_TRUE(run.WaitFor("tunnel SMTP")) << run.Stderr();
+  const std::string route = CompanionLog();
+  ASSERT_THAT(route, HasSubstr(":pop.example.invalid:995\n"));
+
+  kill(std::stoi(ReadFile(root_ / "companion.log.pid")), SIGKILL);
+  ASSERT_TRUE(run.WaitFor("routes restored")) << run.Stderr();
+  EXPECT_THAT(run.Stderr(), HasSubstr("companion ended early, status 137"));
+  // The new companion got the same route, with the key it was started with.
+  EXPECT_EQ(CompanionLog(), route + route);
+  EXPECT_TRUE(Listening(pop));
+  run.Signal(SIGTERM);
+  EXPECT_EQ(run.Wait(), 0);
+}
+
 TEST_F(ProgramTest, APortInUseIsReportedInTheLanguageTheFileNames) {
   const int busy = socket(AF_INET, SOCK_STREAM, 0);
   sockaddr_in a{};

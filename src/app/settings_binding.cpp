@@ -1,7 +1,6 @@
 #include "app/settings_binding.h"
 
 #include "core/language.h"
-#include "core/settings_migration.h"
 #include "core/settings_paths.h"
 
 namespace brindle::app {
@@ -16,18 +15,6 @@ std::string DefaultSettingsFolder() {
 
 std::string ProgramFolder() {
   return brindle::ProgramFolder();
-}
-
-LoadedSettings FindSettings(const std::string& programDir, const std::string& settingsDir,
-                            int16_t defaultLanguage, const SettingsProgress& progress) {
-  FoundSettings found =
-      FindAndLoadSettingsWithProgress(settingsDir, programDir, defaultLanguage, progress);
-  LoadedSettings loaded;
-  loaded.settings = std::move(found.settings);
-  loaded.sourceFile = std::move(found.readPath);
-  loaded.migrated =
-      found.source == SettingsSource::kProgramFolder || found.source == SettingsSource::kOldestName;
-  return loaded;
 }
 
 }  // namespace brindle::app

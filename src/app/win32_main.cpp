@@ -11,17 +11,26 @@
 #include "core/event_log.h"
 #include "core/log.h"
 #include "core/message_box.h"
+#include "localnet/control_key.h"
 
 int WINAPI WinMain(HINSTANCE, HINSTANCE, LPSTR commandLine, int showState) {
   using namespace brindle;
   log::SetSink(event_log::SystemLogSink(false));
   SetMessageBoxSink(PlatformMessageBoxPresenter());
 
+  std::string levelError;
+  if (const auto level = app::LogLevelOverride(std::getenv("BRINDLE_LOG_LEVEL"), levelError))
+    log::SetMinimumLevel(*level);
+
   ProxyOptions options;
-  std::string portError;
-  if (const auto port =
-          app::CompanionPortOverride(std::getenv("BRINDLE_COMPANION_PORT"), portError))
-    options.companionControlPort = *port;
+  const auto port = app::CompanionPortOverride(std::getenv("BRINDLE_COMPANION_PORT"));
+  if (!port.ok()) {
+    log::Warning(port.status().message() + "; the companion keeps its own port");
+  } else if (*port) {
+    options.companionControlPort = **port;
+  }
+  options.companionKey = localnet::NewControlKey();
+  options.timeouts = ChannelTimeoutsFromEnvironment();
 
   const std::string programDir = app::ProgramFolder();
   app::Win32System system(programDir);

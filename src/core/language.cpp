@@ -4,27 +4,13 @@
 #include <array>
 #include <charconv>
 
+#include "core/text.h"
 #include "resources/language_tables.h"
 
 namespace brindle {
 namespace {
 
 static_assert(kLanguageStringCount == resources::kLanguageStringCount);
-
-struct LanguageNames {
-  int16_t base;
-  std::string_view settingsCode;  // as the settings file writes it
-  std::string_view localeCode;    // ISO 639-1, as POSIX locales name it
-};
-
-constexpr std::array<LanguageNames, resources::kLanguageCount> kNames = {{
-    {kLangPolish, "PL", "pl"},
-    {kLangEnglish, "EN", "en"},
-    {kLangGerman, "DE", "de"},
-    {kLangSlovenian, "SI", "sl"},
-    {kLangFrench, "FR", "fr"},
-    {kLangSpanish, "SP", "es"},
-}};
 
 const resources::LanguageTable* TableOf(int16_t base) {
   for (const auto& table : resources::kLanguageTables) {
@@ -35,15 +21,6 @@ const resources::LanguageTable* TableOf(int16_t base) {
 
 const resources::LanguageTable& EnglishTable() {
   return *TableOf(kLangEnglish);
-}
-
-char Lower(char c) {
-  return (c >= 'A' && c <= 'Z') ? static_cast<char>(c - 'A' + 'a') : c;
-}
-
-bool SameIgnoringCase(std::string_view a, std::string_view b) {
-  return std::equal(a.begin(), a.end(), b.begin(), b.end(),
-                    [](char x, char y) { return Lower(x) == Lower(y); });
 }
 
 // "pl_PL.UTF-8" -> "pl"; "de_DE@euro" -> "de"; "C" -> "c".
@@ -82,15 +59,13 @@ std::string MessageBoxTitle(const Settings& settings, int offset) {
 }
 
 std::string_view TwoLetterCode(int16_t base) {
-  for (const auto& names : kNames) {
-    if (names.base == base) return names.settingsCode;
-  }
-  return {};
+  const resources::LanguageTable* table = TableOf(base);
+  return table ? table->settingsCode : std::string_view{};
 }
 
 std::optional<int16_t> BaseFromTwoLetterCode(std::string_view code) {
-  for (const auto& names : kNames) {
-    if (SameIgnoringCase(code, names.settingsCode)) return names.base;
+  for (const auto& table : resources::kLanguageTables) {
+    if (EqualsNoCase(code, table.settingsCode)) return table.base;
   }
   return std::nullopt;
 }
@@ -109,9 +84,9 @@ int16_t LanguageBaseFromIdentifier1000(std::string_view text) {
 
 int16_t LanguageBaseForLocale(std::string_view locale) {
   std::string_view language = LocaleLanguage(locale);
-  for (const auto& names : kNames) {
-    if (SameIgnoringCase(language, names.localeCode)) {
-      return LanguageBaseFromIdentifier1000(TableOf(names.base)->identifier1000);
+  for (const auto& table : resources::kLanguageTables) {
+    if (EqualsNoCase(language, table.localeCode)) {
+      return LanguageBaseFromIdentifier1000(table.identifier1000);
     }
   }
   return kLangEnglish;

@@ -6,12 +6,13 @@
 #include <string>
 
 #include "core/log.h"
+#include "resources/language_tables.h"
 
 namespace brindle {
 namespace {
 
-constexpr std::array<int16_t, kLanguageMenuItemCount> kItemBases = {
-    kLangPolish, kLangEnglish, kLangGerman, kLangSlovenian, kLangFrench, kLangSpanish};
+// The items stand in the tables' order.
+static_assert(kLanguageMenuItemCount == resources::kLanguageCount);
 
 std::string Failure(std::string_view what, std::exception_ptr error) {
   std::string text(what);
@@ -64,13 +65,15 @@ LanguageRegistration::~LanguageRegistration() {
 }
 
 int16_t LanguageBaseOf(LanguageMenuItem item) {
-  return kItemBases[static_cast<size_t>(item)];
+  return resources::kLanguageTables[static_cast<size_t>(item)].base;
 }
 
 std::optional<LanguageMenuItem> LanguageMenuItemOf(int16_t base) {
-  auto found = std::find(kItemBases.begin(), kItemBases.end(), base);
-  if (found == kItemBases.end()) return std::nullopt;
-  return static_cast<LanguageMenuItem>(found - kItemBases.begin());
+  const auto& tables = resources::kLanguageTables;
+  auto found = std::find_if(tables.begin(), tables.end(),
+                            [base](const auto& table) { return table.base == base; });
+  if (found == tables.end()) return std::nullopt;
+  return static_cast<LanguageMenuItem>(found - tables.begin());
 }
 
 LanguageMenu::LanguageMenu(SettingsStore& store, LanguageWindows& windows, SaveSettings save)

@@ -29,42 +29,6 @@ TEST(LanguageString, OffsetsOutsideTheTableAreEmptyAndUnknownBasesReadEnglish) {
   EXPECT_TRUE(IsLanguageBase(6000));
 }
 
-TEST(LanguageString, FollowsTheCurrentSettings) {
-  Settings settings;
-  settings.intLanguage = kLangFrench;
-  SettingsStore store(settings);
-  EXPECT_EQ(LanguageString(settings, 20), "Langue");
-  EXPECT_EQ(LanguageString(store, 20), "Langue");
-  settings.intLanguage = kLangGerman;
-  store.Replace(settings);
-  EXPECT_EQ(LanguageString(store, 20), "Sprache");
-}
-
-TEST(MessageBoxTitle, PrefixesTheProgramName) {
-  EXPECT_EQ(MessageBoxTitle(kLangEnglish, 132), "OE Brindle - tunnel starting error");
-  Settings settings;
-  settings.intLanguage = kLangPolish;
-  EXPECT_EQ(MessageBoxTitle(settings, 132),
-            "OE Brindle - b\xC5\x82\xC4\x85"
-            "d uruchamiania tunelu");
-}
-
-TEST(TwoLetterCode, MapsEveryBaseBothWays) {
-  const std::map<int16_t, std::string> codes = {{1000, "PL"}, {2000, "EN"}, {3000, "DE"},
-                                                {4000, "SI"}, {5000, "FR"}, {6000, "SP"}};
-  for (const auto& [base, code] : codes) {
-    EXPECT_EQ(TwoLetterCode(base), code);
-    EXPECT_EQ(BaseFromTwoLetterCode(code), base);
-  }
-  EXPECT_EQ(BaseFromTwoLetterCode("sp"), kLangSpanish);
-  EXPECT_EQ(BaseFromTwoLetterCode("De"), kLangGerman);
-  for (std::string_view unknown : {"", "ES", "SL", "P", "PLX", "EN "}) {
-    EXPECT_EQ(BaseFromTwoLetterCode(unknown), std::nullopt) << unknown;
-  }
-  EXPECT_EQ(TwoLetterCode(0), "");
-  EXPECT_EQ(TwoLetterCode(2001), "");
-}
-
 TEST(DefaultLanguage, Identifier1000TextNamesTheBaseOrFallsBackToEnglish) {
   EXPECT_EQ(LanguageBaseFromIdentifier1000("1000"), kLangPolish);
   EXPECT_EQ(LanguageBaseFromIdentifier1000("5000"), kLangFrench);

@@ -1,5 +1,6 @@
-// Windows only: language strings are UTF-8, the Windows "W" functions want
-// UTF-16. Nothing else is converted (message and settings texts stay bytes).
+// Windows only: texts shown to a person (language strings, box texts) are
+// UTF-8, the Windows "W" functions want UTF-16. Nothing else is converted
+// (message and settings texts stay bytes).
 #pragma once
 
 #include <string>

@@ -46,8 +46,8 @@ struct TunnelRecord {
   bool StartTLS = false;
 };
 
-inline constexpr int kSignatureCount = 101;     // indexes 0..100
-inline constexpr int kCustomHeaderCount = 50;   // indexes 0..49
+inline constexpr int kSignatureCount = 101;    // indexes 0..100
+inline constexpr int kCustomHeaderCount = 50;  // indexes 0..49
 
 // Language bases (intLanguage).
 inline constexpr int16_t kLangPolish = 1000;
@@ -127,7 +127,9 @@ struct Settings {
 };
 
 // Receives each tunnel record as soon as the loader has completed it, in file
-// order, so that the proxy can create (and AutoStart) it at once.
-using TunnelSink = std::function<void(const TunnelRecord&)>;
+// order, so that the proxy can create (and AutoStart) it at once, with the
+// settings read so far (a tunnel that cannot start speaks the language in
+// force at that point of the file). readSoFar is only lent for the call.
+using TunnelSink = std::function<void(const TunnelRecord&, const Settings& readSoFar)>;
 
 }  // namespace brindle

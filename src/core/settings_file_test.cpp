@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <atomic>
 #include <fstream>
 #include <sstream>
 #include <stdexcept>
@@ -24,7 +25,7 @@ std::string ReadTestFile(const std::string& name) {
 
 Settings Load(std::string_view text, std::vector<TunnelRecord>* sunk = nullptr) {
   Settings s = DefaultSettings("cfg", kLangEnglish);
-  LoadSettings(text, s, [&](const TunnelRecord& r) {
+  LoadSettings(text, s, [&](const TunnelRecord& r, const Settings&) {
     if (sunk) sunk->push_back(r);
   });
   return s;
@@ -127,13 +128,14 @@ TEST(SettingsFileTest, CountedLinesAreTakenRawWhateverTheyHold) {
 
 TEST(SettingsFileTest, TunnelSectionsFollowTheirPendingValues) {
   std::vector<TunnelRecord> t;
+  log::Capture capture;
   Load(
       "[NNTPServer]\r\nServerName=first\r\nSSL=1\r\n"
       "[POP3Server]\r\nServerName=p1\r\nSSL=1\r\n"
       "[POP3Server]\r\nServerName=p2\r\n"
       "[NNTPServer]\r\nServerName=n\r\n"
       "[SMTPServer]\r\nServerName=s\r\nSSL=0\r\nSrcPort=2525\r\n"
-      "[SMTPServer]\r\nAutoStart=1\r\n"
+      "[SMTPServer]\r\nServerName=s1\r\nAutoStart=1\r\nDestPort=89655\r\n[junk]\r\n"
       "[POP3Server]\r\nServerName=p3\r\nSSL=1\r\n"
       "[NNTPServer]\r\nServerName=n2\r\n"
       "[SMTPServer]\r\nServerName=s2\r\n",
@@ -152,10 +154,15 @@ TEST(SettingsFileTest, TunnelSectionsFollowTheirPendingValues) {
   EXPECT_EQ(t[4].SrcPort, 2525);
   EXPECT_EQ(t[4].DestPort, 119);
   EXPECT_FALSE(t[4].SSL);
-  EXPECT_EQ(t[5].Server, "");
-  EXPECT_EQ(t[5].SrcPort, 25);
+  // A port that does not fit is refused, not wrapped around; the junk
+  // header completes s1 and leaves an empty record that makes no tunnel.
+  EXPECT_EQ(t[5].Server, "s1");
+  EXPECT_EQ(t[5].DestPort, 25);
   EXPECT_TRUE(t[5].AutoStart);
   EXPECT_EQ(t[5].tType, kTypeSmtp);
+  EXPECT_EQ(t[6].Server, "p3");
+  EXPECT_TRUE(capture.Contains("line 18: port \"89655\" of \"DestPort\" is not 0 to 65535"));
+  EXPECT_TRUE(capture.Contains("line 20: server section without ServerName, no tunnel made"));
   // A news section between two mail sections stays plain, and the flag it
   // did not take still reaches the mail section after it.
   EXPECT_FALSE(t[7].SSL);
@@ -179,11 +186,29 @@ TEST(SettingsFileTest, StartTlsBelongsToItsOwnSectionAndIsWrittenOnlyWhenSet) {
 }
 
 TEST(SettingsFileTest, EachTunnelReachesTheSinkBeforeTheRestIsRead) {
-  Settings s = DefaultSettings("cfg", kLangEnglish);
+  const char* file =
+      "[POP3Server]\r\nServerName=a\r\n[Backgrounds]\r\nMessageColor=000000\r\n"
+      "[POP3Server]\r\nServerName=b\r\n";
   std::vector<std::string> seen;
-  LoadSettings("[POP3Server]\r\nServerName=a\r\n[Backgrounds]\r\nMessageColor=000000\r\n", s,
-               [&](const TunnelRecord& r) { seen.push_back(r.Server + "/" + s.strTlo); });
+  std::atomic<bool> stop{false};
+  auto sink = [&](const TunnelRecord& r, const Settings& soFar) {
+    seen.push_back(r.Server + "/" + soFar.strTlo);
+  };
+  Settings s = DefaultSettings("cfg", kLangEnglish);
+  EXPECT_TRUE(LoadSettings(file, s, sink, &stop));
+  EXPECT_EQ(seen, (std::vector<std::string>{"a/FFFFFF", "b/000000"}));
+
+  // A stop asked for while a tunnel is being made ends the reading there.
+  seen.clear();
+  s = DefaultSettings("cfg", kLangEnglish);
+  auto stopAtFirst = [&](const TunnelRecord& r, const Settings& soFar) {
+    sink(r, soFar);
+    stop = true;
+  };
+  EXPECT_FALSE(LoadSettings(file, s, stopAtFirst, &stop));
   EXPECT_EQ(seen, (std::vector<std::string>{"a/FFFFFF"}));
+  EXPECT_EQ(s.tunnels.size(), 1u);
+  EXPECT_EQ(s.strTlo, "FFFFFF");
 }
 
 TEST(SettingsFileTest, OlderSpellingsAndKeysAreAccepted) {
@@ -215,7 +240,8 @@ TEST(SettingsFileTest, NumbersAreTheLeadingDecimalRoundedHalfToEven) {
   Settings s = Load(
       "WrapText=2.5\r\nAFMin=3.5\r\nAFPercentage= 12abc\r\nQuoteFix=abc\r\nTrayIcon=-0.5\r\n"
       "ISO= 1 \r\nPreview=2\r\nStripReferences=1e3\r\n[Signature]\r\ne-mail=x\r\n"
-      "Distance=254.6\r\nRandomSig=yes\r\n[POP3Server]\r\nSrcPort= 1110 \r\nSSL=0.2\r\n");
+      "Distance=254.6\r\nRandomSig=yes\r\n[POP3Server]\r\nServerName=p\r\nSrcPort= 1110 \r\n"
+      "SSL=0.2\r\n");
   EXPECT_EQ(s.intWrap, 2);
   EXPECT_EQ(s.intAFMin, 4);
   EXPECT_EQ(s.intAFPercentage, 12);
@@ -324,7 +350,7 @@ TEST(SettingsFileTest, AFailingTunnelSinkDoesNotStopTheLoad) {
   log::Capture capture;
   Settings s = DefaultSettings("cfg", kLangEnglish);
   LoadSettings("[SMTPServer]\r\nServerName=bad\r\n[SMTPServer]\r\nServerName=good\r\n", s,
-               [](const TunnelRecord& r) {
+               [](const TunnelRecord& r, const Settings&) {
                  if (r.Server == "bad") throw std::runtime_error("port in use");
                });
   ASSERT_EQ(s.tunnels.size(), 2u);

@@ -2,9 +2,10 @@
 // the system's code page (never converted).
 #pragma once
 
-#include <optional>
 #include <string>
 #include <string_view>
+
+#include "core/status.h"
 
 namespace brindle::ini {
 
@@ -16,11 +17,13 @@ bool MakeFolder(const std::string& path);
 // Creates the folder and each missing folder above it.
 bool MakeFolders(const std::string& path);
 
-std::optional<std::string> ReadFileBytes(const std::string& path);
+Expected<std::string> ReadFileBytes(const std::string& path);
 
-// Writes bytes beside path, then renames the new file over the old one, so
-// that a crash leaves either the old file or the new one, never half.
-bool ReplaceFileAtomically(const std::string& path, std::string_view bytes);
+// Writes bytes to path + ".new" (made afresh, with the old file's access
+// rights, never through a link), flushes it, then renames it over the old
+// file and flushes that too, so that a crash leaves either the old file or
+// the new one, never half.
+Status ReplaceFileAtomically(const std::string& path, std::string_view bytes);
 
 bool RemoveFile(const std::string& path);
 

@@ -1,5 +1,7 @@
 #include <windows.h>
 
+#include <vector>
+
 #include "core/settings_files.h"
 
 namespace brindle::ini {
@@ -7,6 +9,10 @@ namespace {
 
 DWORD Attributes(const std::string& path) {
   return GetFileAttributesA(path.c_str());
+}
+
+std::error_code LastError() {
+  return {static_cast<int>(GetLastError()), std::system_category()};
 }
 
 bool WriteAll(HANDLE h, std::string_view bytes) {
@@ -35,17 +41,18 @@ bool MakeFolder(const std::string& path) {
   return CreateDirectoryA(path.c_str(), nullptr) != 0;
 }
 
-std::optional<std::string> ReadFileBytes(const std::string& path) {
+Expected<std::string> ReadFileBytes(const std::string& path) {
   HANDLE h = CreateFileA(path.c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_EXISTING,
                          FILE_ATTRIBUTE_NORMAL, nullptr);
-  if (h == INVALID_HANDLE_VALUE) return std::nullopt;
+  if (h == INVALID_HANDLE_VALUE) return Status::Error("cannot open \"" + path + "\"", LastError());
   std::string bytes;
   char buf[65536];
   for (;;) {
     DWORD n = 0;
     if (!ReadFile(h, buf, sizeof buf, &n, nullptr)) {
+      Status failed = Status::Error("cannot read \"" + path + "\"", LastError());
       CloseHandle(h);
-      return std::nullopt;
+      return failed;
     }
     if (n == 0) break;
     bytes.append(buf, n);
@@ -54,19 +61,42 @@ std::optional<std::string> ReadFileBytes(const std::string& path) {
   return bytes;
 }
 
-bool ReplaceFileAtomically(const std::string& path, std::string_view bytes) {
-  std::string temp = path + ".new";
-  HANDLE h = CreateFileA(temp.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS,
-                         FILE_ATTRIBUTE_NORMAL, nullptr);
-  if (h == INVALID_HANDLE_VALUE) return false;
-  bool ok = WriteAll(h, bytes) && FlushFileBuffers(h);
-  ok = CloseHandle(h) && ok;
-  if (ok &&
-      MoveFileExA(temp.c_str(), path.c_str(), MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH)) {
-    return true;
+Status ReplaceFileAtomically(const std::string& path, std::string_view bytes) {
+  const std::string temp = path + ".new";
+  // The settings are never readable by more people than the old file was:
+  // the new one is made with its access list.
+  std::vector<char> security;
+  DWORD need = 0;
+  GetFileSecurityA(path.c_str(), DACL_SECURITY_INFORMATION, nullptr, 0, &need);
+  if (need > 0) {
+    security.resize(need);
+    if (!GetFileSecurityA(path.c_str(), DACL_SECURITY_INFORMATION, security.data(), need, &need))
+      security.clear();
   }
+  SECURITY_ATTRIBUTES attributes{sizeof attributes, security.empty() ? nullptr : security.data(),
+                                 FALSE};
+  // What lies at the temporary name is a save killed half-way, or something
+  // planted there: it goes, and the new file is made only where nothing is.
   DeleteFileA(temp.c_str());
-  return false;
+  HANDLE h = CreateFileA(temp.c_str(), GENERIC_WRITE, 0, &attributes, CREATE_NEW,
+                         FILE_ATTRIBUTE_NORMAL, nullptr);
+  if (h == INVALID_HANDLE_VALUE)
+    return Status::Error("cannot create \"" + temp + "\"", LastError());
+  bool ok = WriteAll(h, bytes) && FlushFileBuffers(h);
+  std::error_code error = ok ? std::error_code() : LastError();
+  if (!CloseHandle(h) && ok) {
+    ok = false;
+    error = LastError();
+  }
+  // Write-through: the rename is on the disk before the call returns.
+  if (ok && !MoveFileExA(temp.c_str(), path.c_str(),
+                         MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH)) {
+    ok = false;
+    error = LastError();
+  }
+  if (ok) return Status::Ok();
+  DeleteFileA(temp.c_str());
+  return Status::Error("cannot write \"" + path + "\"", error);
 }
 
 bool RemoveFile(const std::string& path) {

@@ -21,7 +21,8 @@ namespace {
 std::string LoadAndSave(std::string_view bytes, brindle::Settings* loaded = nullptr) {
   brindle::Settings s = brindle::DefaultSettings("fuzz", brindle::kLangEnglish);
   size_t sunk = 0;
-  brindle::LoadSettings(bytes, s, [&](const brindle::TunnelRecord&) { ++sunk; });
+  brindle::LoadSettings(bytes, s,
+                        [&](const brindle::TunnelRecord&, const brindle::Settings&) { ++sunk; });
   if (sunk != s.tunnels.size()) std::abort();
   std::string text = brindle::SettingsFileText(s);
   if (loaded) *loaded = std::move(s);

@@ -2,6 +2,9 @@
 
 #include <array>
 
+#include "core/language.h"
+#include "core/text.h"
+
 namespace brindle::ini {
 namespace {
 
@@ -52,31 +55,7 @@ const std::array kMiscKeys{
     MiscKey{"AutoBCC", R::kText, nullptr, &S::strBCCAddress},
 };
 
-struct LanguageName {
-  std::string_view code;
-  int16_t base;
-};
-
-// Written and read. Spanish has no entry here: it is read as "SP" only.
-constexpr std::array kLanguageCodes{
-    LanguageName{"PL", kLangPolish}, LanguageName{"EN", kLangEnglish},
-    LanguageName{"DE", kLangGerman}, LanguageName{"SI", kLangSlovenian},
-    LanguageName{"FR", kLangFrench},
-};
-
-char AsciiLower(char c) {
-  return (c >= 'A' && c <= 'Z') ? static_cast<char>(c - 'A' + 'a') : c;
-}
-
 }  // namespace
-
-bool EqualsNoCase(std::string_view a, std::string_view b) {
-  if (a.size() != b.size()) return false;
-  for (size_t i = 0; i < a.size(); ++i) {
-    if (AsciiLower(a[i]) != AsciiLower(b[i])) return false;
-  }
-  return true;
-}
 
 std::span<const MiscKey> MiscKeys() {
   return kMiscKeys;
@@ -90,19 +69,9 @@ const MiscKey* FindMiscKey(std::string_view key) {
   return nullptr;
 }
 
-std::optional<int16_t> LanguageFromFileCode(std::string_view code) {
-  for (const LanguageName& l : kLanguageCodes) {
-    if (EqualsNoCase(l.code, code)) return l.base;
-  }
-  if (EqualsNoCase("SP", code)) return kLangSpanish;
-  return std::nullopt;
-}
-
+// Spanish came after the writer: it is read as "SP" but never written.
 std::string_view WrittenLanguageCode(int16_t base) {
-  for (const LanguageName& l : kLanguageCodes) {
-    if (l.base == base) return l.code;
-  }
-  return {};
+  return base == kLangSpanish ? std::string_view{} : TwoLetterCode(base);
 }
 
 }  // namespace brindle::ini

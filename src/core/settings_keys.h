@@ -33,12 +33,8 @@ std::span<const MiscKey> MiscKeys();
 // Case-insensitive lookup; the older spelling "CoursorOnTop" finds "CursorOnTop".
 const MiscKey* FindMiscKey(std::string_view key);
 
-// "EN" -> 2000 ...; the code is compared upper-cased. "SP" reads as Spanish.
-std::optional<int16_t> LanguageFromFileCode(std::string_view code);
 // The code written for a base; empty for a base the file has no code for
 // (Spanish included), in which case the line is left unfinished.
 std::string_view WrittenLanguageCode(int16_t base);
-
-bool EqualsNoCase(std::string_view a, std::string_view b);
 
 }  // namespace brindle::ini

@@ -1,15 +1,18 @@
 // Reading the settings file, one line at a time: "//" comment lines at the
 // head, "[Section]" headers, "Key=value" lines, and the raw lines that follow
 // a "Lines=" or "SigLines=" count.
+#include <atomic>
 #include <cmath>
 #include <exception>
 #include <optional>
 #include <string>
 
+#include "core/language.h"
 #include "core/log.h"
 #include "core/settings_file.h"
 #include "core/settings_keys.h"
 #include "core/settings_number.h"
+#include "core/text.h"
 
 namespace brindle {
 namespace {
@@ -81,9 +84,10 @@ bool IsOne(std::string_view value) {
 
 class SettingsLoader {
  public:
-  SettingsLoader(std::string_view bytes, Settings& s, const TunnelSink& sink)
-      : lines_(bytes), s_(s), sink_(sink) {}
-  void Run();
+  SettingsLoader(std::string_view bytes, Settings& s, const TunnelSink& sink,
+                 const std::atomic<bool>* stop)
+      : lines_(bytes), s_(s), sink_(sink), stop_(stop) {}
+  bool Run();
 
  private:
   void OnLine(std::string_view line);
@@ -101,11 +105,13 @@ class SettingsLoader {
   void CompleteTunnel();
   void AddTunnel(const TunnelRecord& r);
   void SetInt16(int16_t& var, std::string_view key, std::string_view value);
+  void SetPort(int32_t& port, std::string_view key, std::string_view value);
   void Warn(std::string_view what);
 
   LineReader lines_;
   Settings& s_;
   const TunnelSink& sink_;
+  const std::atomic<bool>* stop_;
   Section section_ = Section::kMisc;
   bool sectionSkipped_ = false;  // a signature or custom header beyond its table
   bool pastHead_ = false;        // a line other than a comment has been read
@@ -120,10 +126,17 @@ class SettingsLoader {
   TunnelRecord pending_;
 };
 
-void SettingsLoader::Run() {
+bool SettingsLoader::Run() {
   s_.strIniComment.clear();
-  while (!lines_.AtEnd()) OnLine(lines_.Next());
+  while (!lines_.AtEnd()) {
+    if (stop_ && stop_->load(std::memory_order_relaxed)) {
+      log::Info("reading the settings file stopped at line " + std::to_string(lineNo_));
+      return false;
+    }
+    OnLine(lines_.Next());
+  }
   if (IsServer(section_)) CompleteTunnel();
+  return true;
 }
 
 // A damaged or foreign file could otherwise flood the log with one entry
@@ -220,6 +233,17 @@ void SettingsLoader::SetInt16(int16_t& var, std::string_view key, std::string_vi
   }
 }
 
+// A port beyond 65535 would wrap around to some other port on the way to
+// the socket; the tunnel keeps the port it had instead.
+void SettingsLoader::SetPort(int32_t& port, std::string_view key, std::string_view value) {
+  std::optional<int32_t> n = NumberAsInt32(value);
+  if (n && *n >= 0 && *n <= 65535) {
+    port = *n;
+  } else {
+    Warn("port " + Quoted(value) + " of " + Quoted(key) + " is not 0 to 65535, key skipped");
+  }
+}
+
 void SettingsLoader::MiscKey(std::string_view key, std::string_view value) {
   if (const ini::MiscKey* k = FindMiscKey(key)) return ApplyMiscRule(*k, value);
   if (EqualsNoCase(key, "QuoteHeader")) {
@@ -260,7 +284,7 @@ void SettingsLoader::ApplyMiscRule(const ini::MiscKey& k, std::string_view value
     }
     case MiscRule::kLanguage:
       // An unknown code leaves the language at its default.
-      if (std::optional<int16_t> base = LanguageFromFileCode(value)) s_.*k.number = *base;
+      if (std::optional<int16_t> base = BaseFromTwoLetterCode(value)) s_.*k.number = *base;
       return;
   }
 }
@@ -315,13 +339,10 @@ void SettingsLoader::SignatureKey(std::string_view key, std::string_view value) 
 void SettingsLoader::ServerKey(std::string_view key, std::string_view value) {
   if (EqualsNoCase(key, "ServerName")) {
     pending_.Server = value;
-  } else if (EqualsNoCase(key, "SrcPort") || EqualsNoCase(key, "DestPort")) {
-    int32_t& port = EqualsNoCase(key, "SrcPort") ? pending_.SrcPort : pending_.DestPort;
-    if (std::optional<int32_t> n = NumberAsInt32(value)) {
-      port = *n;
-    } else {
-      Warn("value of " + Quoted(key) + " out of range, key skipped");
-    }
+  } else if (EqualsNoCase(key, "SrcPort")) {
+    SetPort(pending_.SrcPort, key, value);
+  } else if (EqualsNoCase(key, "DestPort")) {
+    SetPort(pending_.DestPort, key, value);
   } else if (EqualsNoCase(key, "AutoStart")) {
     pending_.AutoStart = IsOne(value);
   } else if (EqualsNoCase(key, "SSL") && section_ != Section::kNntp) {
@@ -368,10 +389,16 @@ void SettingsLoader::CompleteTunnel() {
 }
 
 void SettingsLoader::AddTunnel(const TunnelRecord& r) {
+  // A junk header inside a server section completes a record that was never
+  // filled in; it would be a tunnel to nowhere.
+  if (r.Server.empty()) {
+    Warn("server section without ServerName, no tunnel made");
+    return;
+  }
   s_.tunnels.push_back(r);
   if (!sink_) return;
   try {
-    sink_(r);
+    sink_(r, s_);
   } catch (const std::exception& e) {
     log::Error(std::string("creating the tunnel to \"") + r.Server + "\" failed: " + e.what());
   } catch (...) {
@@ -381,8 +408,9 @@ void SettingsLoader::AddTunnel(const TunnelRecord& r) {
 
 }  // namespace
 
-void LoadSettings(std::string_view fileBytes, Settings& s, const TunnelSink& sink) {
-  SettingsLoader(fileBytes, s, sink).Run();
+bool LoadSettings(std::string_view fileBytes, Settings& s, const TunnelSink& sink,
+                  const std::atomic<bool>* stop) {
+  return SettingsLoader(fileBytes, s, sink, stop).Run();
 }
 
 }  // namespace brindle

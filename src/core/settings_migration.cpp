@@ -1,7 +1,5 @@
 #include "core/settings_migration.h"
 
-#include <optional>
-
 #include "core/log.h"
 #include "core/settings_defaults.h"
 #include "core/settings_file.h"
@@ -13,87 +11,67 @@ namespace {
 
 using namespace ini;
 
-bool LoadFile(const std::string& path, FoundSettings& found, SettingsSource source,
-              const TunnelSink& sink) {
-  std::optional<std::string> bytes = ReadFileBytes(path);
-  if (!bytes) {
-    log::Warning("cannot read the settings file \"" + path + "\"; defaults are used");
+bool LoadFile(const std::string& path, SettingsSource source, const TunnelSink& sink,
+              const std::atomic<bool>* stop, LoadedSettings& loaded) {
+  Expected<std::string> bytes = ReadFileBytes(path);
+  if (!bytes.ok()) {
+    log::Warning(bytes.status().message() + "; the settings file is not read, defaults are used");
     return false;
   }
-  LoadSettings(*bytes, found.settings, sink);
-  found.source = source;
-  found.readPath = path;
-  return true;
+  loaded.stopped = !LoadSettings(*bytes, loaded.settings, sink, stop);
+  loaded.source = source;
+  loaded.sourceFile = path;
+  return !loaded.stopped;
 }
 
 // Moves settings read beside the program into the settings folder. The old
 // file is deleted only once the new one is written, and only when there is a
 // settings folder (without one, the new file is the old one).
-void MoveBesideProgram(FoundSettings& found, const std::string& programDir,
+void MoveBesideProgram(const Settings& s, const std::string& programDir,
                        const std::string& oldPath) {
-  const Settings& s = found.settings;
-  if (!WriteSettingsFile(s, SettingsTargetPath(s, programDir))) return;
+  if (!WriteSettingsFile(s, SettingsTargetPath(s, programDir)).ok()) return;
   if (s.strIniPath.empty() || !FileExists(oldPath)) return;
   if (!RemoveFile(oldPath)) log::Warning("cannot delete the old settings file \"" + oldPath + "\"");
 }
 
 }  // namespace
 
-FoundSettings FindAndLoadSettings(const std::string& settingsDir, const std::string& programDir,
-                                  int16_t defaultLanguage, const TunnelSink& sink) {
-  return FindAndLoadSettingsWithProgress(settingsDir, programDir, defaultLanguage,
-                                         [&sink](const Settings&, const TunnelRecord& record) {
-                                           if (sink) sink(record);
-                                         });
-}
-
-FoundSettings FindAndLoadSettingsWithProgress(const std::string& settingsDir,
-                                              const std::string& programDir,
-                                              int16_t defaultLanguage,
-                                              const SettingsProgressSink& progressSink) {
-  FoundSettings found;
-  const TunnelSink sink = [&found, &progressSink](const TunnelRecord& record) {
-    if (progressSink) progressSink(found.settings, record);
-  };
+LoadedSettings FindAndLoadSettings(const SettingsPlaces& places, int16_t defaultLanguage,
+                                   const TunnelSink& sink, const std::atomic<bool>* stop) {
+  LoadedSettings loaded;
+  const std::string& settingsDir = places.settingsDir;
   if (!settingsDir.empty() && !FolderExists(settingsDir) && !MakeFolders(settingsDir)) {
     log::Warning("cannot create the settings folder \"" + settingsDir + "\"");
   }
-  found.settings = DefaultSettings(settingsDir, defaultLanguage);
-  const std::string& iniPath = found.settings.strIniPath;
-  if (!iniPath.empty() && FileExists(iniPath)) {
-    LoadFile(iniPath, found, SettingsSource::kSettingsFolder, sink);
-    return found;
+  loaded.settings = DefaultSettings(settingsDir, defaultLanguage);
+  const std::string& iniPath = loaded.settings.strIniPath;
+  // A save killed half-way leaves its temporary file (of any size) behind;
+  // the settings file itself is whole.
+  if (!iniPath.empty() && FileExists(iniPath + ".new")) {
+    if (RemoveFile(iniPath + ".new"))
+      log::Info("removed an unfinished save \"" + iniPath + ".new\"");
   }
-  std::string old = JoinPath(programDir, "OE_Brindle.ini");
+  if (!iniPath.empty() && FileExists(iniPath)) {
+    LoadFile(iniPath, SettingsSource::kSettingsFolder, sink, stop, loaded);
+    return loaded;
+  }
+  std::string old = JoinPath(places.programDir, "OE_Brindle.ini");
   if (FileExists(old)) {
-    if (LoadFile(old, found, SettingsSource::kProgramFolder, sink)) {
-      MoveBesideProgram(found, programDir, old);
+    if (LoadFile(old, SettingsSource::kProgramFolder, sink, stop, loaded)) {
+      MoveBesideProgram(loaded.settings, places.programDir, old);
     }
-    return found;
+    return loaded;
   }
   // The oldest versions: the file read has a blank in its name, the one
   // deleted an underscore. Kept so; the next start finds the new file first.
-  std::string oldest = JoinPath(programDir, "OE Bulwark.ini");
+  std::string oldest = JoinPath(places.programDir, "OE Bulwark.ini");
   if (FileExists(oldest)) {
-    if (LoadFile(oldest, found, SettingsSource::kOldestName, sink)) {
-      MoveBesideProgram(found, programDir, JoinPath(programDir, "OE_Bulwark.ini"));
+    if (LoadFile(oldest, SettingsSource::kOldestName, sink, stop, loaded)) {
+      MoveBesideProgram(loaded.settings, places.programDir,
+                        JoinPath(places.programDir, "OE_Bulwark.ini"));
     }
   }
-  return found;
-}
-
-const char* SettingsSourceName(SettingsSource source) {
-  switch (source) {
-    case SettingsSource::kDefaults:
-      return "defaults";
-    case SettingsSource::kSettingsFolder:
-      return "settings folder";
-    case SettingsSource::kProgramFolder:
-      return "older file beside the program";
-    case SettingsSource::kOldestName:
-      return "oldest file beside the program";
-  }
-  return "defaults";
+  return loaded;
 }
 
 }  // namespace brindle

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <filesystem>
 #include <fstream>
 #include <random>
@@ -58,12 +59,14 @@ TEST(SettingsMigrationTest, FileInTheSettingsFolderWinsOverOlderOnes) {
   fs::create_directory(settingsDir);
   WriteFile(JoinPath(settingsDir, "OE_Brindle.ini"), "WrapText=70\r\n");
   WriteFile(tmp.Path("OE_Brindle.ini"), kOldFile);
+  WriteFile(JoinPath(settingsDir, "OE_Brindle.ini.new"), "an unfinished save");
 
-  FoundSettings found = FindAndLoadSettings(settingsDir, tmp.Path(), kLangEnglish, nullptr);
+  LoadedSettings found = FindAndLoadSettings({settingsDir, tmp.Path()}, kLangEnglish, nullptr);
   EXPECT_EQ(found.source, SettingsSource::kSettingsFolder);
   EXPECT_EQ(found.settings.intWrap, 70);
-  EXPECT_EQ(found.readPath, JoinPath(settingsDir, "OE_Brindle.ini"));
+  EXPECT_EQ(found.sourceFile, JoinPath(settingsDir, "OE_Brindle.ini"));
   EXPECT_TRUE(fs::exists(tmp.Path("OE_Brindle.ini")));
+  EXPECT_FALSE(fs::exists(JoinPath(settingsDir, "OE_Brindle.ini.new")));
 }
 
 TEST(SettingsMigrationTest, FileBesideTheProgramMovesIntoANewSettingsFolder) {
@@ -74,8 +77,9 @@ TEST(SettingsMigrationTest, FileBesideTheProgramMovesIntoANewSettingsFolder) {
   WriteFile(JoinPath(programDir, "OE_Brindle.ini"), kOldFile);
 
   std::vector<TunnelRecord> sunk;
-  FoundSettings found = FindAndLoadSettings(settingsDir, programDir, kLangEnglish,
-                                            [&](const TunnelRecord& r) { sunk.push_back(r); });
+  LoadedSettings found =
+      FindAndLoadSettings({settingsDir, programDir}, kLangEnglish,
+                          [&](const TunnelRecord& r, const Settings&) { sunk.push_back(r); });
   EXPECT_EQ(found.source, SettingsSource::kProgramFolder);
   EXPECT_EQ(found.settings.intWrap, 60);
   EXPECT_EQ(found.settings.intLanguage, kLangPolish);
@@ -89,7 +93,7 @@ TEST(SettingsMigrationTest, FileBesideTheProgramMovesIntoANewSettingsFolder) {
   EXPECT_EQ(found.settings.strSpammers, JoinPath(settingsDir, "spammers.txt"));
 
   // The next start reads the moved file and gets the same settings back.
-  FoundSettings next = FindAndLoadSettings(settingsDir, programDir, kLangEnglish, nullptr);
+  LoadedSettings next = FindAndLoadSettings({settingsDir, programDir}, kLangEnglish, nullptr);
   EXPECT_EQ(next.source, SettingsSource::kSettingsFolder);
   EXPECT_EQ(SettingsFileText(next.settings), written);
 }
@@ -100,7 +104,7 @@ TEST(SettingsMigrationTest, OldestFileIsReadButTheUnderscoreNameIsDeleted) {
   WriteFile(tmp.Path("OE Bulwark.ini"), kOldFile);
   WriteFile(tmp.Path("OE_Bulwark.ini"), "WrapText=1\r\n");
 
-  FoundSettings found = FindAndLoadSettings(settingsDir, tmp.Path(), kLangEnglish, nullptr);
+  LoadedSettings found = FindAndLoadSettings({settingsDir, tmp.Path()}, kLangEnglish, nullptr);
   EXPECT_EQ(found.source, SettingsSource::kOldestName);
   EXPECT_EQ(found.settings.intWrap, 60);
   EXPECT_TRUE(fs::exists(JoinPath(settingsDir, "OE_Brindle.ini")));
@@ -111,7 +115,7 @@ TEST(SettingsMigrationTest, OldestFileIsReadButTheUnderscoreNameIsDeleted) {
 TEST(SettingsMigrationTest, WithoutASettingsFolderTheOldFileStaysAndIsRewritten) {
   TempFolder tmp;
   WriteFile(tmp.Path("OE_Brindle.ini"), kOldFile);
-  FoundSettings found = FindAndLoadSettings("", tmp.Path(), kLangEnglish, nullptr);
+  LoadedSettings found = FindAndLoadSettings({"", tmp.Path()}, kLangEnglish, nullptr);
   EXPECT_EQ(found.source, SettingsSource::kProgramFolder);
   EXPECT_EQ(found.settings.strIniPath, "");
   EXPECT_EQ(ReadFile(tmp.Path("OE_Brindle.ini")), SettingsFileText(found.settings));
@@ -120,7 +124,7 @@ TEST(SettingsMigrationTest, WithoutASettingsFolderTheOldFileStaysAndIsRewritten)
 TEST(SettingsMigrationTest, NoFileLeavesTheDefaultsAndWritesNothing) {
   TempFolder tmp;
   std::string settingsDir = tmp.Path("OE Brindle");
-  FoundSettings found = FindAndLoadSettings(settingsDir, tmp.Path(), kLangFrench, nullptr);
+  LoadedSettings found = FindAndLoadSettings({settingsDir, tmp.Path()}, kLangFrench, nullptr);
   EXPECT_EQ(found.source, SettingsSource::kDefaults);
   EXPECT_EQ(found.settings.intLanguage, kLangFrench);
   EXPECT_EQ(found.settings.strSpammerAddress, kDefaultSpammerAddress);
@@ -136,11 +140,24 @@ TEST(SettingsMigrationTest, AFailedSaveIsLoggedAndKeepsTheOldFile) {
   WriteFile(tmp.Path("OE_Brindle.ini"), kOldFile);
 
   log::Capture capture;
-  FoundSettings found = FindAndLoadSettings(settingsDir, tmp.Path(), kLangEnglish, nullptr);
+  LoadedSettings found = FindAndLoadSettings({settingsDir, tmp.Path()}, kLangEnglish, nullptr);
   EXPECT_EQ(found.settings.intWrap, 60);
   EXPECT_TRUE(fs::exists(tmp.Path("OE_Brindle.ini")));
   EXPECT_TRUE(capture.Contains("cannot create the settings folder"));
-  EXPECT_FALSE(SaveSettings2Ini(found.settings));
+  EXPECT_FALSE(SaveSettings2Ini(found.settings).ok());
+}
+
+TEST(SettingsMigrationTest, AStoppedLoadMovesNothing) {
+  TempFolder tmp;
+  std::string settingsDir = tmp.Path("OE Brindle");
+  WriteFile(tmp.Path("OE_Brindle.ini"), kOldFile);
+  std::atomic<bool> stop{true};
+  LoadedSettings found =
+      FindAndLoadSettings({settingsDir, tmp.Path()}, kLangEnglish, nullptr, &stop);
+  EXPECT_TRUE(found.stopped);
+  EXPECT_FALSE(found.Migrated());
+  EXPECT_EQ(ReadFile(tmp.Path("OE_Brindle.ini")), kOldFile);
+  EXPECT_FALSE(fs::exists(JoinPath(settingsDir, "OE_Brindle.ini")));
 }
 
 TEST(SettingsMigrationTest, SavingReplacesTheFileWholeAndLeavesNoTemporary) {
@@ -148,7 +165,8 @@ TEST(SettingsMigrationTest, SavingReplacesTheFileWholeAndLeavesNoTemporary) {
   Settings s = DefaultSettings(tmp.Path(), kLangEnglish);
   s.strXMailer = "\xb9\xe6 mailer";
   WriteFile(s.strIniPath, std::string(100000, 'x'));  // longer than the new file
-  ASSERT_TRUE(SaveSettings2Ini(s));
+  WriteFile(s.strIniPath + ".new", "left by a save that was killed");
+  ASSERT_TRUE(SaveSettings2Ini(s).ok());
   EXPECT_EQ(ReadFile(s.strIniPath), SettingsFileText(s));
   std::vector<std::string> names;
   for (const auto& e : fs::directory_iterator(tmp.Path()))

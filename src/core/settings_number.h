@@ -11,8 +11,6 @@
 
 namespace brindle::ini {
 
-double LeadingNumber(std::string_view value);
-
 std::optional<int16_t> NumberAsInt16(std::string_view value);
 std::optional<uint8_t> NumberAsByte(std::string_view value);
 std::optional<int32_t> NumberAsInt32(std::string_view value);

@@ -139,25 +139,23 @@ std::string SettingsTargetPath(const Settings& s, const std::string& programDir)
   return JoinPath(programDir, "OE_Brindle.ini");
 }
 
-bool WriteSettingsFile(const Settings& s, const std::string& path) {
+Status WriteSettingsFile(const Settings& s, const std::string& path) {
+  Status result;
   try {
     std::string folder = ParentFolder(path);
     if (!folder.empty() && !MakeFolders(folder)) {
-      log::Error("cannot create the settings folder \"" + folder + "\"");
-      return false;
+      result = Status::Error("cannot create the settings folder \"" + folder + "\"");
+    } else {
+      result = ReplaceFileAtomically(path, SettingsFileText(s));
     }
-    if (!ReplaceFileAtomically(path, SettingsFileText(s))) {
-      log::Error("cannot write the settings file \"" + path + "\"");
-      return false;
-    }
-    return true;
   } catch (const std::exception& e) {
-    log::Error(std::string("saving the settings failed: ") + e.what());
-    return false;
+    result = Status::Error(std::string("saving the settings failed: ") + e.what());
   }
+  if (!result.ok()) log::Error("settings not saved: " + result.message());
+  return result;
 }
 
-bool SaveSettings2Ini(const Settings& s) {
+Status SaveSettings2Ini(const Settings& s) {
   return WriteSettingsFile(s, SettingsTargetPath(s, ProgramFolder()));
 }
 

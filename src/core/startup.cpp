@@ -28,7 +28,7 @@ void LoadAfterProbe(StartupServices& services, bool up,
   progress->report.companionAnswered = up;
   progress->report.defaultLanguage = services.DefaultLanguage();
 
-  TunnelSink sink = [&services, progress](const TunnelRecord& record) {
+  TunnelSink sink = [&services, progress](const TunnelRecord& record, const Settings&) {
     const size_t index = progress->report.tunnels.size();
     progress->report.tunnels.push_back({record, TunnelOutcome::State::kStopped, 0});
     if (!record.AutoStart) {
@@ -45,7 +45,7 @@ void LoadAfterProbe(StartupServices& services, bool up,
   };
   LoadedSettings loaded = services.LoadSettings(progress->report.defaultLanguage, sink);
   progress->report.settingsFile = std::move(loaded.sourceFile);
-  progress->report.migrated = loaded.migrated;
+  progress->report.migrated = loaded.Migrated();
   progress->report.settings = std::move(loaded.settings);
   progress->Settle();
 }

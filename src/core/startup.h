@@ -15,15 +15,9 @@
 #include <vector>
 
 #include "core/settings.h"
+#include "core/settings_migration.h"
 
 namespace brindle {
-
-// The settings as start-up found them.
-struct LoadedSettings {
-  Settings settings;
-  std::string sourceFile;  // the file that was read; empty: none, the defaults stand
-  bool migrated = false;   // an older file was read and saved to the settings folder
-};
 
 class StartupServices {
  public:

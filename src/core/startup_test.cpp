@@ -50,7 +50,7 @@ class FakeServices : public StartupServices {
     loaded.sourceFile = "/cfg/OE_Brindle.ini";
     for (const TunnelRecord& r : file) {
       loaded.settings.tunnels.push_back(r);
-      sink(r);
+      sink(r, loaded.settings);
     }
     calls.push_back("loaded");
     return loaded;

@@ -3,6 +3,7 @@
 #include <array>
 #include <initializer_list>
 
+#include "core/text.h"
 #include "oewin/quote_fix_text.h"
 
 namespace brindle {
@@ -13,18 +14,6 @@ std::string_view Trim(std::string_view s) {
   while (!s.empty() && blank(s.front())) s.remove_prefix(1);
   while (!s.empty() && blank(s.back())) s.remove_suffix(1);
   return s;
-}
-
-char Lower(char c) {
-  return (c >= 'A' && c <= 'Z') ? static_cast<char>(c - 'A' + 'a') : c;
-}
-
-bool EqualsNoCase(std::string_view a, std::string_view b) {
-  if (a.size() != b.size()) return false;
-  for (size_t i = 0; i < a.size(); ++i) {
-    if (Lower(a[i]) != Lower(b[i])) return false;
-  }
-  return true;
 }
 
 bool IsOneOf(std::string_view key, std::initializer_list<std::string_view> names) {

@@ -3,14 +3,14 @@
 namespace brindle {
 namespace {
 
-SettingsSource& Source() {
-  static SettingsSource source;
+NoteSettingsSource& Source() {
+  static NoteSettingsSource source;
   return source;
 }
 
 }  // namespace
 
-void SetNoteSettingsSource(SettingsSource source) {
+void SetNoteSettingsSource(NoteSettingsSource source) {
   Source() = std::move(source);
 }
 

@@ -10,9 +10,9 @@
 
 namespace brindle {
 
-using SettingsSource = std::function<std::shared_ptr<const Settings>()>;
+using NoteSettingsSource = std::function<std::shared_ptr<const Settings>()>;
 
-void SetNoteSettingsSource(SettingsSource source);
+void SetNoteSettingsSource(NoteSettingsSource source);
 std::shared_ptr<const Settings> NoteSettings();
 
 }  // namespace brindle

@@ -125,10 +125,7 @@ std::string FixReply(QuoteMessage& m, std::string_view original, const QuoteFixO
 }  // namespace
 
 bool IsReplyOrForward(std::string_view subject) {
-  if (subject.size() < 3) return false;
-  const auto upper = [](char c) { return (c >= 'a' && c <= 'z') ? char(c - 'a' + 'A') : c; };
-  const std::string head{upper(subject[0]), upper(subject[1]), upper(subject[2])};
-  return head == "RE:" || head == "FW:";
+  return StartsWithNoCase(subject, "RE:") || StartsWithNoCase(subject, "FW:");
 }
 
 std::string QuoteFix(QuoteMessage& message, std::string_view text, const QuoteFixOptions& options) {

@@ -7,9 +7,9 @@
 #include <string_view>
 #include <vector>
 
-namespace brindle {
+#include "core/text.h"
 
-inline constexpr std::string_view kCrLf = "\r\n";
+namespace brindle {
 
 // Replaces every occurrence of from, scanning left to right without overlap
 // and without rescanning what was put in (one pass).

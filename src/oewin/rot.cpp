@@ -2,14 +2,12 @@
 
 #include <cmath>
 
+#include "core/text.h"
+
 namespace brindle {
 namespace {
 
 constexpr double kShiftLimit = 2000000000.0;
-
-bool IsDigit(char c) {
-  return c >= '0' && c <= '9';
-}
 
 double RoundHalfToEven(double v) {
   const double lower = std::floor(v);
@@ -44,25 +42,6 @@ std::string rotate(std::string_view text, int64_t n) {
   std::string out(text);
   RotateInPlace(out, n);
   return out;
-}
-
-double LeadingNumber(std::string_view text) {
-  size_t i = 0;
-  while (i < text.size() && (text[i] == ' ' || text[i] == '\t')) ++i;
-  double sign = 1.0;
-  if (i < text.size() && (text[i] == '+' || text[i] == '-')) {
-    if (text[i] == '-') sign = -1.0;
-    ++i;
-  }
-  double value = 0.0;
-  for (; i < text.size() && IsDigit(text[i]); ++i) value = value * 10.0 + (text[i] - '0');
-  if (i < text.size() && text[i] == '.') {
-    double scale = 0.1;
-    for (++i; i < text.size() && IsDigit(text[i]); ++i, scale /= 10.0) {
-      value += (text[i] - '0') * scale;
-    }
-  }
-  return sign * value;
 }
 
 int32_t ShiftFromText(std::string_view text) {

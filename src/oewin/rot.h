@@ -16,13 +16,8 @@ std::string rotate(std::string_view text, int64_t n);
 // In place, for coding a stream chunk by chunk.
 void RotateInPlace(std::string& text, int64_t n);
 
-// The leading number of a shift text as typed: blanks, an optional sign,
-// digits with an optional decimal fraction ("12", "-3", "+2.5", ".5").
-// Whatever follows is ignored; a text that does not start with a number is
-// 0.
-double LeadingNumber(std::string_view text);
-
-// The shift the encode button uses: the leading number, held within
+// The shift the encode button uses: the leading number of the text as
+// typed (LeadingNumber of core/text.h), held within
 // -2000000000..2000000000 and rounded to the nearest integer, halves to the
 // even one ("2.5" is 2, "3.5" is 4).
 int32_t ShiftFromText(std::string_view text);

@@ -50,7 +50,7 @@ TEST(RotTest, ShiftTextAsTheEncodeButtonReadsIt) {
       {"3.5", 4},
       {"-2.5", -2},
       {"2.51", 3},
-      {"1e3", 1},
+      {"1e3", 1000},  // read like every number the user types: with its exponent
       {"2000000000", 2000000000},
       {"1999999999.5", 2000000000},
       {"99999999999999999999999", 2000000000},

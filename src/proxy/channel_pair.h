@@ -2,18 +2,22 @@
 // server side connected by the channel) and the relaying between them.
 // Each direction reads its next piece only after the previous one has been
 // written to the other side, so a channel never holds more than the message
-// it collects plus one read. When either side closes or fails, the channel
-// ends: no farewell is sent to the other side.
+// it collects plus one read. When either side closes or fails, or a peer
+// stays silent past its time limit, the channel ends: no farewell is sent
+// to the other side.
 #pragma once
 
-#include <array>
+#include <chrono>
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
 
 #include <asio/ip/tcp.hpp>
+#include <asio/steady_timer.hpp>
 
 #include "proxy/channel.h"
+#include "proxy/channel_timeouts.h"
 
 namespace brindle {
 
@@ -35,12 +39,15 @@ struct ChannelTarget {
   std::string tunnelName;  // for the filter log: "NNTP 1119 news.example.org"
   // The tunnel's running totals, which outlive its channels (may be null).
   std::shared_ptr<TunnelTraffic> traffic;
+  // The port is a companion route: whoever listens there must be this
+  // user's program before the client's first byte goes to it.
+  bool companionRoute = false;
 };
 
 class ChannelPair : public std::enable_shared_from_this<ChannelPair> {
  public:
   ChannelPair(asio::io_context& io, int16_t index, asio::ip::tcp::socket client,
-              const ChannelTarget& target, ChannelServices services,
+              const ChannelTarget& target, ChannelServices services, ChannelTimeouts timeouts,
               std::weak_ptr<ChannelRegistry> registry);
   ~ChannelPair();
   ChannelPair(const ChannelPair&) = delete;
@@ -57,26 +64,45 @@ class ChannelPair : public std::enable_shared_from_this<ChannelPair> {
   uint64_t BytesFromServer() const { return fromServerTotal_; }
 
  private:
-  static constexpr size_t kReadSize = 64 * 1024;
+  // Large pieces: a relay's throughput is bounded by the number of system
+  // calls per byte, and the protocol work per piece does not grow with it.
+  static constexpr size_t kReadSize = 256 * 1024;
+
+  // One direction of the relay: read a piece from `from`, let the channel
+  // process it, write the result to `to`, read again.
+  struct Direction {
+    asio::ip::tcp::socket& from;
+    asio::ip::tcp::socket& to;
+    bool fromClient;
+    std::string piece;  // the read buffer
+    std::string out;    // what is being written
+  };
 
   void ConnectTo(const asio::ip::tcp::resolver::results_type& endpoints);
+  bool RouteIsTheCompanions();
   void NoDelay();
-  void ReadClient();
-  void ReadServer();
+  void Pump(Direction& d);
+  void Forward(Direction& d, size_t n);
   void SayFarewell();
   void Ended(const char* what, const std::error_code& ec);
+  void Watch();
+  void Expired();
 
   int16_t index_;
   ChannelTarget target_;
   CChannel channel_;
+  ChannelTimeouts timeouts_;
   std::weak_ptr<ChannelRegistry> registry_;
   asio::ip::tcp::socket client_;
   asio::ip::tcp::socket server_;
   asio::ip::tcp::resolver resolver_;
-  std::array<char, kReadSize> fromClient_;
-  std::array<char, kReadSize> fromServer_;
-  std::string toServer_;
-  std::string toClient_;
+  asio::steady_timer watchdog_;
+  std::chrono::steady_clock::time_point lastActivity_;
+  // Since when the server owes a first byte (its greeting, or an answer).
+  std::optional<std::chrono::steady_clock::time_point> serverOwes_;
+  std::optional<std::chrono::steady_clock::time_point> armedFor_;
+  Direction up_;
+  Direction down_;
   std::string farewell_;
   bool farewellSent_ = false;
   uint64_t fromClientTotal_ = 0;

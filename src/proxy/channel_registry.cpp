@@ -6,8 +6,9 @@
 
 namespace brindle {
 
-ChannelRegistry::ChannelRegistry(asio::io_context& io, ChannelServices services)
-    : io_(io), services_(services) {}
+ChannelRegistry::ChannelRegistry(asio::io_context& io, ChannelServices services,
+                                 ChannelTimeouts timeouts)
+    : io_(io), services_(services), timeouts_(timeouts) {}
 
 ChannelRegistry::~ChannelRegistry() {
   CloseAll();
@@ -20,9 +21,18 @@ bool ChannelRegistry::Open(asio::ip::tcp::socket client, const ChannelTarget& ta
     held_.emplace_back(std::move(client), target);
     return false;
   }
-  auto pair = std::make_shared<ChannelPair>(io_, index, std::move(client), target, services_,
-                                            weak_from_this());
-  Channels[std::to_string(index)] = pair;
+  std::shared_ptr<ChannelPair> pair;
+  try {
+    pair = std::make_shared<ChannelPair>(io_, index, std::move(client), target, services_,
+                                         timeouts_, weak_from_this());
+    Channels[std::to_string(index)] = pair;
+  } catch (const std::exception& e) {  // out of memory: this one connection goes
+    log::Warning(std::string("A client connection was dropped: ") + e.what());
+    Channels.erase(std::to_string(index));
+    // The client socket went with the failed construction, or closes here.
+    if (!pair) pool_.SetState(index, kPairFree);
+    return HasFreePair();
+  }
   services_.display.ShowConnections(Channels.size());
   pair->Start();
   return HasFreePair();

@@ -1,7 +1,9 @@
 // The live channels (`Channels`, keyed by the decimal text of their pair
-// index) with the pool of 100 pairs they come from. A client connection that
-// arrives while every pair is busy is held, not refused, and gets the next
-// pair that frees; tunnels stop accepting meanwhile and are woken then.
+// index) with the pool of 100 pairs they come from, shared by every tunnel.
+// A client connection that arrives while every pair is busy is held, not
+// refused, and gets the next pair that frees; tunnels stop accepting
+// meanwhile and are woken then. The channels' time limits make sure that
+// silent peers give their pairs back.
 #pragma once
 
 #include <cstdint>
@@ -24,7 +26,7 @@ namespace brindle {
 
 class ChannelRegistry : public std::enable_shared_from_this<ChannelRegistry> {
  public:
-  ChannelRegistry(asio::io_context& io, ChannelServices services);
+  ChannelRegistry(asio::io_context& io, ChannelServices services, ChannelTimeouts timeouts = {});
   ~ChannelRegistry();
   ChannelRegistry(const ChannelRegistry&) = delete;
   ChannelRegistry& operator=(const ChannelRegistry&) = delete;
@@ -54,6 +56,7 @@ class ChannelRegistry : public std::enable_shared_from_this<ChannelRegistry> {
 
   asio::io_context& io_;
   ChannelServices services_;
+  ChannelTimeouts timeouts_;
   ChannelSocketPool pool_;
   std::map<std::string, std::shared_ptr<ChannelPair>> Channels;
   std::deque<std::pair<asio::ip::tcp::socket, ChannelTarget>> held_;

@@ -4,8 +4,10 @@
 // from a queue, so routes are added and withdrawn in the order asked for;
 // one control connection used to be shared and a command started during
 // another's wait cut that one short, which the queue no longer does.
-// Failures are silent (logged at debug level): a companion that is down
-// costs each command its connect wait and nothing else.
+// A companion that is down costs each command its connect wait and nothing
+// else; that is logged as a warning. The link proves itself to the companion
+// it started with that companion's key, and sends nothing to a control port
+// that another user's program holds.
 #pragma once
 
 #include <chrono>
@@ -27,11 +29,14 @@ class CompanionLink : public std::enable_shared_from_this<CompanionLink> {
   static constexpr std::chrono::seconds kProbeConnectLimit{3};
   static constexpr std::chrono::seconds kCloseWait{3};
 
-  CompanionLink(asio::io_context& io, uint16_t controlPort);
+  // `key`: what the companion was started with; empty for none.
+  CompanionLink(asio::io_context& io, uint16_t controlPort, std::string key = {});
 
-  // Queues one command; `done(sent)` once its exchange has ended.
-  void Send(std::string message, std::chrono::milliseconds connectLimit,
-            std::function<void(bool sent)> done = {});
+  // What the companion said before it closed: "OK", "ERR ..." or nothing
+  // (a companion that answers nothing).
+  using Done = std::function<void(bool sent, const std::string& answer)>;
+  // Queues one command; `done` once its exchange has ended.
+  void Send(std::string message, std::chrono::milliseconds connectLimit, Done done = {});
   // Queues a connection test; `done(up)`.
   void Probe(std::function<void(bool up)> done);
 
@@ -47,16 +52,17 @@ class CompanionLink : public std::enable_shared_from_this<CompanionLink> {
   struct Job {
     std::string message;  // empty: only see whether the companion answers
     std::chrono::milliseconds connectLimit;
-    std::function<void(bool)> done;
+    Done done;
   };
   class Exchange;
 
   void Enqueue(Job job);
   void RunNext();
-  void Finished(bool ok);
+  void Finished();
 
   asio::io_context& io_;
   uint16_t controlPort_;
+  std::string key_;
   std::deque<Job> queue_;
   bool busy_ = false;
 };

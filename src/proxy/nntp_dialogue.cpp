@@ -6,7 +6,7 @@
 #include "core/log.h"
 #include "proxy/dialogue.h"
 #include "proxy/message_pipeline.h"
-#include "proxy/text_match.h"
+#include "core/text.h"
 
 namespace brindle {
 namespace {

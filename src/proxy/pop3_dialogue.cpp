@@ -5,7 +5,7 @@
 
 #include "proxy/dialogue.h"
 #include "proxy/message_pipeline.h"
-#include "proxy/text_match.h"
+#include "core/text.h"
 
 namespace brindle {
 namespace {

@@ -22,10 +22,11 @@ struct Proxy::Impl {
         settings(settings),
         options(options),
         steps(options.steps ? *options.steps : DefaultMessageSteps()),
-        companion(std::make_shared<CompanionLink>(io, options.companionControlPort)),
+        companion(std::make_shared<CompanionLink>(io, options.companionControlPort,
+                                                  options.companionKey)),
         records(std::make_shared<FilterRecords>(io, settings, options.spammerListLook)),
         channels(std::make_shared<ChannelRegistry>(
-            io, ChannelServices{settings, steps, display, *records})) {
+            io, ChannelServices{settings, steps, display, *records}, options.timeouts)) {
     records->Start();
   }
 
@@ -99,6 +100,11 @@ void Proxy::SetDisplayTransferredData(bool on) {
   impl_->display.SetEnabled(on);
 }
 
+void Proxy::SetDisplayObserver(
+    std::function<void(const std::string& recent, size_t connections)> f) {
+  impl_->display.SetObserver(std::move(f));
+}
+
 const TransferDisplay& Proxy::Display() const {
   return impl_->display;
 }
@@ -108,6 +114,15 @@ void Proxy::ProbeCompanion(std::function<void(bool up)> done) {
     log::Debug(up ? "Companion answers on its control port" : "Companion not answering");
     if (done) done(up);
   });
+}
+
+void Proxy::RestoreRoutes(std::function<void()> done) {
+  auto pending = std::make_shared<size_t>(impl_->tunnels.size() + 1);
+  auto one = [pending, done = std::move(done)] {
+    if (--*pending == 0 && done) done();
+  };
+  for (auto& tunnel : impl_->tunnels) tunnel->RestoreRoute(one);
+  asio::post(impl_->io, one);
 }
 
 void Proxy::CloseDown(std::function<void()> done) {
@@ -120,7 +135,7 @@ void Proxy::CloseDown(std::function<void()> done) {
   }
   impl_->quitSent = true;
   impl_->companion->Send(CompanionLink::Quit(), CompanionLink::kQuitConnectLimit,
-                         [done = std::move(done)](bool) {
+                         [done = std::move(done)](bool, const std::string&) {
                            if (done) done();
                          });
 }

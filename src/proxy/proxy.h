@@ -15,6 +15,7 @@
 
 #include "core/settings.h"
 #include "core/settings_store.h"
+#include "proxy/channel_timeouts.h"
 
 namespace brindle {
 
@@ -28,6 +29,8 @@ struct ProxyOptions {
   uint16_t companionControlPort = 5555;  // tests use another port
   uint16_t firstSslPort = 1024;          // where FindFreeLocalPort starts
   MessageSteps* steps = nullptr;         // null: the program's own rewriting and filters
+  std::string companionKey;              // the key the companion was started with, if any
+  ChannelTimeouts timeouts;
   // How often the spammer list file is looked at for changes.
   std::chrono::milliseconds spammerListLook{1000};
 };
@@ -57,10 +60,15 @@ class Proxy {
   // Status page: "Recently transferred data" (kept while enabled, passwords
   // masked) and "Current connections".
   void SetDisplayTransferredData(bool on);
+  // Called on the proxy's thread whenever either display changes.
+  void SetDisplayObserver(std::function<void(const std::string& recent, size_t connections)> f);
   const TransferDisplay& Display() const;
 
   // Program start: is the companion answering on its control port (up to 3 s)?
   void ProbeCompanion(std::function<void(bool up)> done);
+  // The companion was started again: every running SSL tunnel tells it its
+  // route once more. `done` when the last exchange has ended.
+  void RestoreRoutes(std::function<void()> done = {});
 
   // Program end: every channel closed, every tunnel stopped (SSL tunnels
   // withdraw their routes) and dropped, then "QUIT" to the companion, once

@@ -31,6 +31,7 @@ class ProxyFixture : public ::testing::Test {
     options.companionControlPort = companionPort_;
     options.firstSslPort = firstSslPort_;
     options.steps = ownSteps ? nullptr : &steps_;
+    options.timeouts = timeouts_;
     options.spammerListLook = std::chrono::milliseconds(10);
     proxy_ = std::make_unique<Proxy>(io_, *store_, options);
     proxy_->SetDisplayTransferredData(true);
@@ -86,6 +87,7 @@ class ProxyFixture : public ::testing::Test {
   FakeCompanion companion_{io_, true};
   uint16_t companionPort_ = companion_.Port();
   uint16_t firstSslPort_ = UnusedPort(io_);
+  ChannelTimeouts timeouts_;
   std::unique_ptr<SettingsStore> store_;
   std::unique_ptr<Proxy> proxy_;
 };

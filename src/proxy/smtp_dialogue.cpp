@@ -8,7 +8,7 @@
 #include "proxy/dialogue.h"
 #include "proxy/host_name.h"
 #include "proxy/message_pipeline.h"
-#include "proxy/text_match.h"
+#include "core/text.h"
 
 namespace brindle {
 namespace {

@@ -1,6 +1,6 @@
 #include "proxy/stream_parts.h"
 
-#include "proxy/text_match.h"
+#include "core/text.h"
 #include "rewrite/fast_find.h"
 
 namespace brindle {

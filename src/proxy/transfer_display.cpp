@@ -1,7 +1,7 @@
 #include "proxy/transfer_display.h"
 
 #include "core/log.h"
-#include "proxy/text_match.h"
+#include "core/text.h"
 
 namespace brindle {
 namespace {
@@ -132,12 +132,15 @@ void TransferDisplay::ShowServerPiece(std::string_view piece) {
 void TransferDisplay::ShowConnections(size_t count) {
   connections_ = count;
   log::Debug("Current connections: " + std::to_string(count));
+  if (observer_) observer_(recent_, connections_);
 }
 
 void TransferDisplay::Show(std::string text) {
   log::Debug("Recently transferred data: " + text);
   ++pieces_;
-  if (enabled_) recent_ = std::move(text);
+  if (!enabled_) return;
+  recent_ = std::move(text);
+  if (observer_) observer_(recent_, connections_);
 }
 
 }  // namespace brindle

@@ -9,6 +9,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <string_view>
 
@@ -44,6 +45,11 @@ class TransferDisplay {
   static constexpr size_t kClientPieceLimit = 2000;
   static constexpr size_t kServerPieceLimit = 30000;
 
+  // Told of every change of what is shown, on the proxy's thread: the main
+  // window's boxes post it over to their own thread.
+  using Observer = std::function<void(const std::string& recent, size_t connections)>;
+  void SetObserver(Observer observer) { observer_ = std::move(observer); }
+
   // The status page turns the display on while it is shown.
   void SetEnabled(bool on) { enabled_ = on; }
   bool Enabled() const { return enabled_; }
@@ -63,6 +69,7 @@ class TransferDisplay {
  private:
   void Show(std::string text);
 
+  Observer observer_;
   bool enabled_ = false;
   std::string recent_;
   size_t connections_ = 0;

@@ -4,7 +4,7 @@
 
 #include "core/log.h"
 #include "core/message_box.h"
-#include "proxy/listener_options.h"
+#include "localnet/listener_options.h"
 #include "proxy/tunnel_error.h"
 
 namespace brindle {
@@ -12,7 +12,9 @@ namespace brindle {
 using asio::ip::tcp;
 
 namespace {
-constexpr std::chrono::milliseconds kAcceptRetry{100};
+// A route port that another program took between the probe and the
+// companion's bind is given up for the next free one, this many times.
+constexpr int kRouteAttempts = 3;
 }  // namespace
 
 CTunnel::CTunnel(TunnelServices services)
@@ -35,7 +37,9 @@ int CTunnel::start(std::function<void(int)> done) {
   startError_ = error;
   if (error == 0) {
     blnRunning_ = true;
-    ArmAccept();
+    // A tunnel through the companion accepts once it listens on the route's port,
+    // so that no channel is aimed at a port nobody holds yet.
+    if (!ThroughCompanion()) ArmAccept();
   } else {
     ShowStartError(error, ec);
   }
@@ -47,13 +51,48 @@ int CTunnel::start(std::function<void(int)> done) {
   srcSSLPort_ = FindFreeLocalPort();
   services_.routePorts.Claim(srcSSLPort_);
   routeClaimed_ = true;
-  services_.companion->Send(
-      SSL ? CompanionLink::AddRoute(srcSSLPort_, Server, DestPort)
-          : CompanionLink::AddUpgradedRoute(srcSSLPort_, Server, DestPort, tType_),
-      CompanionLink::kRouteConnectLimit, [done, error](bool) {
-        if (done) done(error);
-      });
+  RegisterRoute(kRouteAttempts, [done, error] {
+    if (done) done(error);
+  });
   return error;
+}
+
+void CTunnel::RestoreRoute(std::function<void()> done) {
+  if (!ThroughCompanion() || !blnRunning_) {
+    if (done) asio::post(services_.io, std::move(done));
+    return;
+  }
+  RegisterRoute(kRouteAttempts, std::move(done));
+}
+
+void CTunnel::RegisterRoute(int attemptsLeft, std::function<void()> done) {
+  std::weak_ptr<int> alive = alive_;
+  const uint64_t generation = generation_;
+  const uint16_t port = srcSSLPort_;
+  services_.companion->Send(
+      SSL ? CompanionLink::AddRoute(port, Server, DestPort)
+          : CompanionLink::AddUpgradedRoute(port, Server, DestPort, tType_),
+      CompanionLink::kRouteConnectLimit,
+      [this, alive, generation, port, attemptsLeft, done](bool, const std::string& answer) {
+        if (alive.expired() || generation != generation_ || port != srcSSLPort_) {
+          if (done) done();
+          return;
+        }
+        if (answer.rfind("ERR cannot listen", 0) == 0 && attemptsLeft > 1) {
+          log::Warning("Tunnel on port " + std::to_string(SrcPort) + ": the companion " + answer +
+                       " on route port " + std::to_string(port) + "; trying another port");
+          // The refused port stays claimed, so the search passes it by.
+          srcSSLPort_ = FindFreeLocalPort();
+          services_.routePorts.Claim(srcSSLPort_);
+          return RegisterRoute(attemptsLeft - 1, done);
+        }
+        if (answer.rfind("ERR", 0) == 0) {
+          log::Warning("Tunnel on port " + std::to_string(SrcPort) +
+                       ": the companion refused route " + std::to_string(port) + ": " + answer);
+        }
+        ArmAccept();
+        if (done) done();
+      });
 }
 
 std::error_code CTunnel::Listen() {
@@ -66,7 +105,7 @@ std::error_code CTunnel::Listen() {
   std::error_code ec;
   acceptor_->open(tcp::v4(), ec);
   if (ec) return ec;
-  PrepareListener(*acceptor_);
+  localnet::PrepareListener(*acceptor_);
   acceptor_->bind(tcp::endpoint(asio::ip::address_v4::loopback(), static_cast<uint16_t>(SrcPort)),
                   ec);
   if (!ec) acceptor_->listen(asio::socket_base::max_listen_connections, ec);
@@ -116,7 +155,7 @@ void CTunnel::StopServer(std::function<void()> done) {
     return;
   }
   services_.companion->Send(CompanionLink::DeleteRoute(srcSSLPort_),
-                            CompanionLink::kRouteConnectLimit, [done](bool) {
+                            CompanionLink::kRouteConnectLimit, [done](bool, const std::string&) {
                               if (done) done();
                             });
 }
@@ -125,8 +164,8 @@ ChannelTarget CTunnel::Target() const {
   static const char* const kProtocol[] = {"NNTP", "POP3", "SMTP"};
   std::string name = tType_ >= kTypeNntp && tType_ <= kTypeSmtp ? kProtocol[tType_] : "?";
   name += " " + std::to_string(SrcPort) + " " + Server;
-  if (ThroughCompanion()) return {tType_, "127.0.0.1", srcSSLPort_, std::move(name), traffic_};
-  return {tType_, Server, static_cast<uint16_t>(DestPort), std::move(name), traffic_};
+  if (ThroughCompanion()) return {tType_, "127.0.0.1", srcSSLPort_, std::move(name), traffic_, true};
+  return {tType_, Server, static_cast<uint16_t>(DestPort), std::move(name), traffic_, false};
 }
 
 // Accepts only while a channel pair is free; otherwise new connections wait
@@ -155,16 +194,25 @@ void CTunnel::ArmAccept() {
 
 void CTunnel::Accepted(std::error_code ec, tcp::socket client) {
   if (ec == asio::error::operation_aborted) return;
-  if (ec) {  // e.g. out of descriptors: try again shortly rather than spin
-    log::Debug("Tunnel on port " + std::to_string(SrcPort) + " accept: " + ec.message());
+  if (ec) {  // e.g. out of descriptors: try again after a growing wait rather than spin
+    bool first = false;
+    retry_.expires_after(backoff_.Failed(first));
+    if (first) {
+      log::Warning("Tunnel on port " + std::to_string(SrcPort) +
+                   ": accept failed, trying again shortly: " + ec.message());
+    }
     std::weak_ptr<int> alive = alive_;
-    retry_.expires_after(kAcceptRetry);
     retry_.async_wait([this, alive](std::error_code ec) {
       if (!ec && !alive.expired()) ArmAccept();
     });
     return;
   }
-  services_.channels->Open(std::move(client), Target());
+  backoff_.Succeeded();
+  try {
+    services_.channels->Open(std::move(client), Target());
+  } catch (const std::exception& e) {  // out of memory: this one connection goes
+    log::Warning("Tunnel on port " + std::to_string(SrcPort) + ": connection dropped: " + e.what());
+  }
   ArmAccept();
 }
 

@@ -15,6 +15,7 @@
 #include <asio/steady_timer.hpp>
 
 #include "core/settings_store.h"
+#include "localnet/accept_backoff.h"
 #include "proxy/channel_pair.h"
 #include "proxy/channel_registry.h"
 #include "proxy/companion_link.h"
@@ -65,11 +66,15 @@ class CTunnel {
   int start(std::function<void(int error)> done = {});
   // Stops listening (channels live on) and, for SSL, withdraws the route.
   void StopServer(std::function<void()> done = {});
+  // A companion started again knows no routes: a running SSL tunnel tells it
+  // its route once more. `done` when that exchange has ended.
+  void RestoreRoute(std::function<void()> done = {});
 
  private:
   std::error_code Listen();
   void ShowStartError(int error, const std::error_code& ec);
   uint16_t FindFreeLocalPort();
+  void RegisterRoute(int attemptsLeft, std::function<void()> done);
   void ArmAccept();
   void Accepted(std::error_code ec, asio::ip::tcp::socket client);
   ChannelTarget Target() const;
@@ -78,6 +83,7 @@ class CTunnel {
   TunnelServices services_;
   std::unique_ptr<asio::ip::tcp::acceptor> acceptor_;
   asio::steady_timer retry_;
+  localnet::AcceptBackoff backoff_;
   std::shared_ptr<int> alive_ = std::make_shared<int>(0);
   int32_t tType_ = kTypeUnset;
   uint16_t srcSSLPort_ = 0;

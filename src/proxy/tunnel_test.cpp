@@ -1,4 +1,8 @@
 // Tunnels and the pair pool: start errors, teardown, the 101st connection.
+#include <algorithm>
+#include <cstdlib>
+
+#include "core/log.h"
 #include "core/message_box.h"
 #include "proxy/proxy_fixture.h"
 
@@ -76,6 +80,53 @@ TEST_F(TunnelTest, ConnectionBeyondTheHundredPairsWaitsAndIsThenServed) {
   EXPECT_TRUE(Receives(waiting, kGreeting));
   EXPECT_TRUE(Receives(server_.peers.back(), "LIST\r\n"));
   EXPECT_EQ(proxy_->ChannelCount(), 100u);
+}
+
+TEST_F(TunnelTest, SilentPeersGiveTheirPairsBackButTransfersInProgressGoOn) {
+  log::Capture log;
+  // putenv works alike on both platforms; an empty value counts as unset.
+  static char idleOn[] = "BRINDLE_CLIENT_IDLE_SECONDS=2",
+              waitOn[] = "BRINDLE_SERVER_WAIT_SECONDS=1";
+  static char idleOff[] = "BRINDLE_CLIENT_IDLE_SECONDS=",
+              waitOff[] = "BRINDLE_SERVER_WAIT_SECONDS=";
+  putenv(idleOn);
+  putenv(waitOn);
+  timeouts_ = ChannelTimeoutsFromEnvironment();
+  putenv(idleOff);
+  putenv(waitOff);
+  const uint16_t port = Tunnel(kTypeNntp, server_);
+
+  // A server that trickles a long answer keeps its channel past both limits.
+  Dialogue busy = Open(port, server_, kGreeting);
+  busy.client->Send("LIST\r\n");
+  ASSERT_TRUE(Receives(busy.server, "LIST\r\n"));
+  std::string sent;
+  for (int i = 0; i < 8; ++i) {
+    busy.server->Send("group." + std::to_string(i) + " 1 1 y\r\n");
+    sent += "group." + std::to_string(i) + " 1 1 y\r\n";
+    RunFor(io_, std::chrono::milliseconds(350));
+  }
+  EXPECT_TRUE(Receives(busy.client, sent));
+  EXPECT_FALSE(busy.client->closed);
+
+  // 99 more clients that say nothing hold every pair; the 101st waits.
+  std::vector<Dialogue> idle;
+  for (int i = 0; i < 99; ++i) idle.push_back(Open(port, server_, kGreeting));
+  auto waiting = Connect(io_, port);
+  ASSERT_TRUE(waiting);
+  // Once the idle ones are timed out, it is greeted and served.
+  EXPECT_TRUE(RunUntil(io_, [&] { return waiting->received == kGreeting; }));
+  waiting->Send("DATE\r\n");
+  EXPECT_TRUE(Receives(server_.peers.back(), "DATE\r\n"));
+  EXPECT_TRUE(RunUntil(io_, [&] {
+    return std::all_of(idle.begin(), idle.end(),
+                       [](const Dialogue& d) { return d.client->closed; });
+  }));
+  EXPECT_TRUE(log.Contains("(BRINDLE_CLIENT_IDLE_SECONDS); channel closed")) << log.Text();
+
+  // A server that never answers a command frees the pair after its own limit.
+  ASSERT_TRUE(RunUntil(io_, [&] { return waiting->closed; }));
+  EXPECT_TRUE(log.Contains("within 1 s (BRINDLE_SERVER_WAIT_SECONDS)")) << log.Text();
 }
 
 }  // namespace

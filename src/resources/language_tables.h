@@ -18,6 +18,8 @@ struct LanguageTable {
   // Text under identifier 1000 in this table: the decimal base, or empty
   // for a table that has none (Spanish).
   std::string_view identifier1000;
+  std::string_view settingsCode;  // names the language in the settings file ("PL", ...)
+  std::string_view localeCode;    // ISO 639-1, as POSIX locales name it ("pl", "sl", ...)
   // texts[offset] for offset 1..kLanguageStringCount; texts[0] is empty.
   const std::string_view* texts;
 };

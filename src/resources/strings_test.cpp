@@ -53,24 +53,12 @@ std::string Ending(std::string_view text) {
   return "other";
 }
 
-TEST(LanguageTables, Identifier1000HoldsTheOwnBaseExceptInSpanish) {
+// The generator refuses missing and empty texts; a blank at the start would
+// still pass it and break every text joined after a number or a name.
+TEST(LanguageTables, NoTextStartsWithABlank) {
   for (const auto& table : kLanguageTables) {
-    if (table.code == "sp") {
-      EXPECT_TRUE(table.identifier1000.empty());
-    } else {
-      EXPECT_EQ(table.identifier1000, std::to_string(table.base)) << table.code;
-    }
-  }
-}
-
-TEST(LanguageTables, EveryTableHasAllTextsNonEmpty) {
-  for (const auto& table : kLanguageTables) {
-    EXPECT_TRUE(table.texts[0].empty());
     for (int offset = 1; offset <= kLanguageStringCount; ++offset) {
-      std::string_view text = table.texts[offset];
-      EXPECT_FALSE(text.empty()) << table.code << " " << offset;
-      EXPECT_EQ(text.find_first_of("\r\n"), std::string_view::npos) << table.code << " " << offset;
-      EXPECT_FALSE(text.starts_with(" ")) << table.code << " " << offset;
+      EXPECT_FALSE(table.texts[offset].starts_with(" ")) << table.code << " " << offset;
     }
   }
 }

@@ -1,11 +1,9 @@
 #include "rewrite/downloaded_headers.h"
 
-#include "rewrite/header_search.h"
+#include "core/text.h"
 
 namespace brindle {
 namespace {
-
-constexpr std::string_view kCrLf = "\r\n";
 
 bool IsBlank(char c) {
   return c == ' ' || c == '\t';
@@ -15,10 +13,6 @@ std::string_view Trimmed(std::string_view s) {
   while (!s.empty() && IsBlank(s.front())) s.remove_prefix(1);
   while (!s.empty() && IsBlank(s.back())) s.remove_suffix(1);
   return s;
-}
-
-bool StartsWithNoCase(std::string_view text, std::string_view prefix) {
-  return text.size() >= prefix.size() && FindNoCase(text.substr(0, prefix.size()), prefix) == 0;
 }
 
 }  // namespace

@@ -4,22 +4,6 @@
 #include <utility>
 
 namespace brindle {
-namespace {
-
-char LowerAscii(char c) {
-  return (c >= 'A' && c <= 'Z') ? static_cast<char>(c - 'A' + 'a') : c;
-}
-
-}  // namespace
-
-size_t FindNoCase(std::string_view text, std::string_view needle, size_t from) {
-  if (from > text.size()) return std::string::npos;
-  auto same = [](char a, char b) { return LowerAscii(a) == LowerAscii(b); };
-  auto it = std::search(text.begin() + from, text.end(), needle.begin(), needle.end(), same);
-  if (it == text.end() && !needle.empty()) return std::string::npos;
-  return static_cast<size_t>(it - text.begin());
-}
-
 size_t SplicedText::Find(std::string_view needle, size_t from) const {
   const size_t headSize = head_.size();
   if (from < headSize) {

@@ -7,11 +7,9 @@
 #include <string>
 #include <string_view>
 
-namespace brindle {
+#include "core/text.h"
 
-// First occurrence of `needle` at or after `from`, ASCII letters compared
-// without regard to case (other bytes exactly).
-size_t FindNoCase(std::string_view text, std::string_view needle, size_t from = 0);
+namespace brindle {
 
 // A message text that takes a series of small insertions without copying the
 // whole text for each one. The text is kept as an edited head followed by an

@@ -3,12 +3,11 @@
 #include <string_view>
 
 #include "core/log.h"
+#include "core/text.h"
 #include "rewrite/header_search.h"
 
 namespace brindle {
 namespace {
-
-constexpr std::string_view kCrLf = "\r\n";
 
 enum class Match { kExact, kAnyCase };
 

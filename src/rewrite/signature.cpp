@@ -4,12 +4,11 @@
 #include <optional>
 
 #include "core/log.h"
+#include "core/text.h"
 #include "rewrite/signature_files.h"
 
 namespace brindle {
 namespace {
-
-constexpr std::string_view kTerminator = "\r\n.\r\n";
 
 // The value after "From:" and the one blank the client always writes, or
 // nothing when the text has no "From:" with a line end after its value.
@@ -30,10 +29,6 @@ const SignatureRecord* FindRecord(const Settings& settings, std::string_view sen
     if (sender.find("<" + record.email + ">") != std::string_view::npos) return &record;
   }
   return nullptr;
-}
-
-bool EndsWith(std::string_view text, std::string_view end) {
-  return text.size() >= end.size() && text.substr(text.size() - end.size()) == end;
 }
 
 // Places gap, delimiter and signature before the final dot line. One empty
@@ -111,7 +106,7 @@ std::string AppendSignature(std::string&& text, const Settings& settings, Random
     }
     return text;
   }
-  if (!EndsWith(text, kTerminator)) {
+  if (!std::string_view(text).ends_with(kTerminator)) {
     log::Warning("signature: article does not end with the dot line, left without signature");
     return text;
   }

@@ -2,19 +2,17 @@
 
 #include <algorithm>
 
+#include "core/text.h"
+
 namespace brindle {
 namespace {
 
 constexpr size_t kLongestEntry = 320;  // a mailbox is at most 254 bytes
 constexpr std::string_view kUtf8Bom = "\xEF\xBB\xBF";
 
-char Lower(char c) {
-  return c >= 'A' && c <= 'Z' ? static_cast<char>(c + ('a' - 'A')) : c;
-}
-
 std::string Lowered(std::string_view s) {
   std::string out(s);
-  std::transform(out.begin(), out.end(), out.begin(), Lower);
+  std::transform(out.begin(), out.end(), out.begin(), AsciiLower);
   return out;
 }
 

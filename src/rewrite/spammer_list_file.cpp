@@ -5,15 +5,10 @@
 
 #include "core/log.h"
 #include "core/settings_files.h"
+#include "core/text.h"
 
 namespace brindle {
 namespace {
-
-bool SameNoCase(std::string_view a, std::string_view b) {
-  auto lower = [](char c) { return c >= 'A' && c <= 'Z' ? char(c + 32) : c; };
-  return a.size() == b.size() && std::equal(a.begin(), a.end(), b.begin(),
-                                            [&](char x, char y) { return lower(x) == lower(y); });
-}
 
 std::string_view Trimmed(std::string_view s) {
   while (!s.empty() && (s.front() == ' ' || s.front() == '\t')) s.remove_prefix(1);
@@ -38,7 +33,7 @@ bool SpammerListFile::Refresh(const std::string& path) {
     return had;
   }
   const auto bytes = ini::ReadFileBytes(path);
-  if (!bytes) {
+  if (!bytes.ok()) {
     // Looked at again at every refresh, but said once.
     if (reported_.insert(path + "\n(unreadable)").second) {
       log::Warning("Spammer list " + path + " cannot be read; the list read last stays in force");
@@ -66,7 +61,7 @@ AddSpammerResult AddSpammer(const std::string& path, std::string_view entry) {
   std::string bytes;
   if (ini::FileExists(path)) {
     auto existing = ini::ReadFileBytes(path);
-    if (!existing) return AddSpammerResult::kNotSaved;  // never overwrite what we cannot read
+    if (!existing.ok()) return AddSpammerResult::kNotSaved;  // never overwrite what we cannot read
     bytes = std::move(*existing);
   }
   const SpammerList list = SpammerList::Parse(bytes);
@@ -76,7 +71,7 @@ AddSpammerResult AddSpammer(const std::string& path, std::string_view entry) {
   }
   for (std::string_view rest = bytes; !rest.empty();) {
     const size_t end = rest.find('\n');
-    if (SameNoCase(Trimmed(rest.substr(0, end)), entry)) return AddSpammerResult::kAlreadyListed;
+    if (EqualsNoCase(Trimmed(rest.substr(0, end)), entry)) return AddSpammerResult::kAlreadyListed;
     rest = end == std::string_view::npos ? std::string_view() : rest.substr(end + 1);
   }
   // New lines follow the file's own line ends.
@@ -85,7 +80,7 @@ AddSpammerResult AddSpammer(const std::string& path, std::string_view entry) {
   if (!bytes.empty() && !bytes.ends_with('\n')) bytes += lineEnd;
   bytes += entry;
   bytes += lineEnd;
-  if (!ini::ReplaceFileAtomically(path, bytes)) return AddSpammerResult::kNotSaved;
+  if (!ini::ReplaceFileAtomically(path, bytes).ok()) return AddSpammerResult::kNotSaved;
   return AddSpammerResult::kAdded;
 }
 

@@ -4,8 +4,12 @@
 #include <vector>
 
 #include <asio/steady_timer.hpp>
+#include <asio/write.hpp>
 
 #include "core/log.h"
+#include "localnet/control_key.h"
+#include "localnet/listener_options.h"
+#include "localnet/peer_owner.h"
 #include "sslbridge/relay.h"
 
 namespace brindle::sslbridge {
@@ -23,7 +27,7 @@ tcp::endpoint Loopback(uint16_t port) {
 std::error_code Listen(tcp::acceptor& acceptor, uint16_t port) {
   std::error_code ec;
   acceptor.open(tcp::v4(), ec);
-  if (!ec) acceptor.set_option(tcp::acceptor::reuse_address(true), ec);
+  if (!ec) localnet::PrepareListener(acceptor);
   if (!ec) acceptor.bind(Loopback(port), ec);
   if (!ec) acceptor.listen(asio::socket_base::max_listen_connections, ec);
   if (ec) {
@@ -36,47 +40,43 @@ std::error_code Listen(tcp::acceptor& acceptor, uint16_t port) {
 }  // namespace
 
 struct Bridge::Route {
-  explicit Route(asio::io_context& io) : acceptor(io) {}
+  explicit Route(asio::io_context& io) : acceptor(io), retry(io) {}
   uint16_t port = 0;
   std::string host;
   uint16_t destPort = 0;
   std::optional<UpgradeProtocol> upgrade;
   tcp::acceptor acceptor;
+  asio::steady_timer retry;
+  localnet::AcceptBackoff backoff;
   std::shared_ptr<RouteTarget> target;  // shared with the route's relays
 };
 
-// Reads one command up to "END" within the read limit, then closes.
+// One control connection: the peer's owner is checked when it connects, then
+// one command is read up to "END" within the read limit, carried out when
+// the connection proves itself, answered with one line, and the connection
+// closed. The proof covers the connection, whatever command it carries.
 class Bridge::ControlSession : public std::enable_shared_from_this<ControlSession> {
  public:
   ControlSession(Bridge& bridge, tcp::socket socket)
       : bridge_(bridge), socket_(std::move(socket)), timer_(socket_.get_executor()) {}
 
   void Start() {
+    const localnet::PeerOwner owner = localnet::OwnerOfPeer(socket_);
+    if (owner == localnet::PeerOwner::kOtherUser) {
+      bridge_.ControlWarning("control: connection from another user refused");
+      return Answer("ERR refused");
+    }
     timer_.expires_after(bridge_.options_.controlReadLimit);
     timer_.async_wait([self = shared_from_this()](std::error_code ec) {
       if (ec || self->done_) return;
-      log::Warning("control: no complete command in time, ignored: " + Printable(self->text_));
+      self->bridge_.ControlWarning("control: no complete command in time, ignored: " +
+                                   EscapeForLog(self->text_));
       self->Close();
     });
     Read();
   }
 
  private:
-  static std::string Printable(const std::string& text) {
-    std::string out;
-    for (char c : text.substr(0, 200)) {
-      if (c == '\r')
-        out += "\\r";
-      else if (c == '\n')
-        out += "\\n";
-      else if (static_cast<unsigned char>(c) < ' ')
-        out += '?';
-      else
-        out += c;
-    }
-    return out;
-  }
-
   void Read() {
     socket_.async_read_some(
         asio::buffer(chunk_), [self = shared_from_this()](std::error_code ec, size_t n) {
@@ -84,30 +84,44 @@ class Bridge::ControlSession : public std::enable_shared_from_this<ControlSessio
           self->text_.append(self->chunk_.data(), n);
           bool eof = static_cast<bool>(ec);
           ControlMessage msg = ExamineControlText(self->text_, eof);
-          if (msg.complete) return self->Finish(msg.firstLine);
+          if (msg.complete) return self->Finish(msg);
           if (eof && self->text_.empty()) {
             // The program probes whether the companion is up by connecting only.
             log::Debug("control: connection closed without a command");
             return self->Close();
           }
           if (eof || self->text_.size() > kMaxControlText) {
-            log::Warning("control: incomplete command ignored: " + Printable(self->text_));
+            self->bridge_.ControlWarning("control: incomplete command ignored: " +
+                                         EscapeForLog(self->text_));
             return self->Close();
           }
           self->Read();
         });
   }
 
-  // The command is carried out before the connection closes, so a sender
-  // that waits for the close finds its route listening.
-  void Finish(const std::string& line) {
-    auto command = ParseControlCommand(line);
-    if (command) {
-      bridge_.Execute(*command);
-    } else {
-      log::Warning("control: malformed command ignored: " + Printable(line));
+  // The command is carried out before the answer, so a sender that waits for
+  // the close finds its route listening.
+  void Finish(const ControlMessage& msg) {
+    const std::string& key = bridge_.options_.controlKey;
+    if (!key.empty() && !(msg.key && localnet::SameKey(*msg.key, key))) {
+      bridge_.ControlWarning("control: command without the program's key refused: " +
+                             EscapeForLog(msg.command));
+      return Answer("ERR refused");
     }
-    Close();
+    auto command = ParseControlCommand(msg.command);
+    if (!command) {
+      bridge_.ControlWarning("control: malformed command ignored: " + EscapeForLog(msg.command));
+      return Answer("ERR malformed command");
+    }
+    Answer(bridge_.Execute(*command));
+  }
+
+  void Answer(const std::string& line) {
+    done_ = true;
+    timer_.cancel();
+    answer_ = line + "\r\n";
+    asio::async_write(socket_, asio::buffer(answer_),
+                      [self = shared_from_this()](std::error_code, size_t) { self->Close(); });
   }
 
   void Close() {
@@ -122,6 +136,7 @@ class Bridge::ControlSession : public std::enable_shared_from_this<ControlSessio
   asio::steady_timer timer_;
   std::array<char, 512> chunk_;
   std::string text_;
+  std::string answer_;
   bool done_ = false;
 };
 
@@ -129,7 +144,8 @@ Bridge::Bridge(asio::io_context& io, BridgeOptions options)
     : io_(io),
       options_(std::move(options)),
       tls_(TlsEngine::Create(options_, trustProblems_)),
-      control_(io) {
+      control_(io),
+      controlRetry_(io) {
   for (const auto& problem : trustProblems_) log::Error(problem);
 }
 
@@ -158,13 +174,46 @@ uint16_t Bridge::ControlPort() const {
 void Bridge::AcceptControl() {
   control_.async_accept([this](std::error_code ec, tcp::socket socket) {
     if (ec == asio::error::operation_aborted || stopped_) return;
-    if (!ec) std::make_shared<ControlSession>(*this, std::move(socket))->Start();
+    if (ec) {
+      bool first = false;
+      controlRetry_.expires_after(controlBackoff_.Failed(first));
+      if (first) log::Warning("control: accept failed, trying again shortly: " + ec.message());
+      controlRetry_.async_wait([this](std::error_code ec) {
+        if (!ec && !stopped_) AcceptControl();
+      });
+      return;
+    }
+    controlBackoff_.Succeeded();
+    try {
+      std::make_shared<ControlSession>(*this, std::move(socket))->Start();
+    } catch (const std::exception& e) {  // out of memory: this connection goes
+      log::Warning(std::string("control: connection dropped: ") + e.what());
+    }
     AcceptControl();
   });
 }
 
-void Bridge::Execute(const ControlCommand& command) {
-  if (stopped_) return;
+void Bridge::ControlWarning(const std::string& text) {
+  constexpr int kPerMinute = 10;
+  const auto now = std::chrono::steady_clock::now();
+  if (now - warningWindow_ >= std::chrono::minutes(1)) {
+    if (warningsSuppressed_ > 0) {
+      log::Warning("control: " + std::to_string(warningsSuppressed_) +
+                   " more such warnings were not logged");
+    }
+    warningWindow_ = now;
+    warningsInWindow_ = 0;
+    warningsSuppressed_ = 0;
+  }
+  if (++warningsInWindow_ <= kPerMinute) {
+    log::Warning(text);
+  } else {
+    ++warningsSuppressed_;
+  }
+}
+
+std::string Bridge::Execute(const ControlCommand& command) {
+  if (stopped_) return "ERR ending";
   switch (command.kind) {
     case ControlCommand::Kind::kAddRoute:
       return AddRoute(command);
@@ -172,11 +221,13 @@ void Bridge::Execute(const ControlCommand& command) {
       return DeleteRoute(command.port);
     case ControlCommand::Kind::kQuit:
       log::Info("QUIT received, ending");
-      return Stop();
+      Stop();
+      return "OK";
   }
+  return "ERR unknown command";
 }
 
-void Bridge::AddRoute(const ControlCommand& command) {
+std::string Bridge::AddRoute(const ControlCommand& command) {
   std::string where = command.host + ":" + std::to_string(command.destPort) +
                       (command.upgrade ? " (plain, then STARTTLS)" : "");
   auto it = routes_.find(command.port);
@@ -197,7 +248,7 @@ void Bridge::AddRoute(const ControlCommand& command) {
       log::Warning("route " + std::to_string(command.port) + " led to " + old + ", now leads to " +
                    where);
     }
-    return;
+    return "OK";
   }
   auto route = std::make_shared<Route>(io_);
   route->port = command.port;
@@ -209,7 +260,7 @@ void Bridge::AddRoute(const ControlCommand& command) {
     log::Error("route " + std::to_string(command.port) + " to " + where +
                ": cannot listen on 127.0.0.1:" + std::to_string(command.port) + ": " +
                ec.message());
-    return;
+    return "ERR cannot listen: " + ec.message();
   }
   routes_[command.port] = route;
   log::Info("route " + std::to_string(command.port) + " to " + where + " added");
@@ -218,6 +269,7 @@ void Bridge::AddRoute(const ControlCommand& command) {
                  command.host + " (insecure-host)");
   }
   AcceptOn(route);
+  return "OK";
 }
 
 std::shared_ptr<RouteTarget> Bridge::NewTarget(const Route& route) {
@@ -230,27 +282,44 @@ std::shared_ptr<RouteTarget> Bridge::NewTarget(const Route& route) {
   return target;
 }
 
-void Bridge::DeleteRoute(uint16_t port) {
+std::string Bridge::DeleteRoute(uint16_t port) {
   auto it = routes_.find(port);
   if (it == routes_.end()) {
     log::Info("route " + std::to_string(port) + " not known, nothing to delete");
-    return;
+    return "OK";
   }
   std::error_code ignored;
   it->second->acceptor.close(ignored);
+  it->second->retry.cancel();
   routes_.erase(it);
   log::Info("route " + std::to_string(port) + " deleted");
+  return "OK";
 }
 
 void Bridge::AcceptOn(const std::shared_ptr<Route>& route) {
   route->acceptor.async_accept([this, route](std::error_code ec, tcp::socket socket) {
     if (ec == asio::error::operation_aborted || !route->acceptor.is_open()) return;
-    if (!ec) {
+    if (ec) {
+      bool first = false;
+      route->retry.expires_after(route->backoff.Failed(first));
+      if (first) {
+        log::Warning("route " + std::to_string(route->port) +
+                     ": accept failed, trying again shortly: " + ec.message());
+      }
+      route->retry.async_wait([this, route](std::error_code ec) {
+        if (!ec && route->acceptor.is_open()) AcceptOn(route);
+      });
+      return;
+    }
+    route->backoff.Succeeded();
+    try {
       auto relay =
           std::make_shared<Relay>(std::move(socket), route->target, *tls_, options_.handshakeLimit,
                                   [this](Relay* r) { relays_.erase(r); });
       relays_[relay.get()] = relay;
       relay->Start();
+    } catch (const std::exception& e) {  // out of memory: this connection goes
+      log::Warning("route " + std::to_string(route->port) + ": connection dropped: " + e.what());
     }
     AcceptOn(route);
   });
@@ -261,7 +330,11 @@ void Bridge::Stop() {
   stopped_ = true;
   std::error_code ignored;
   control_.close(ignored);
-  for (auto& [port, route] : routes_) route->acceptor.close(ignored);
+  controlRetry_.cancel();
+  for (auto& [port, route] : routes_) {
+    route->acceptor.close(ignored);
+    route->retry.cancel();
+  }
   routes_.clear();
   std::vector<std::shared_ptr<Relay>> live;
   for (auto& [ptr, weak] : relays_) {

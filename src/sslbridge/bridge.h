@@ -3,6 +3,7 @@
 // io_context; Run returns when "QUIT" has been obeyed.
 #pragma once
 
+#include <chrono>
 #include <cstdint>
 #include <functional>
 #include <map>
@@ -14,7 +15,9 @@
 
 #include <asio/io_context.hpp>
 #include <asio/ip/tcp.hpp>
+#include <asio/steady_timer.hpp>
 
+#include "localnet/accept_backoff.h"
 #include "sslbridge/bridge_options.h"
 #include "sslbridge/control_command.h"
 #include "sslbridge/tls_engine.h"
@@ -41,24 +44,33 @@ class Bridge {
   // Runs once when the bridge stops (by QUIT or Stop).
   void OnStopped(std::function<void()> handler) { onStopped_ = std::move(handler); }
 
-  // Carries out one parsed command (the control port's work; also for tests).
-  void Execute(const ControlCommand& command);
+  // Carries out one parsed command (the control port's work; also for tests)
+  // and returns the line the control connection answers with: "OK", or
+  // "ERR " and the reason.
+  std::string Execute(const ControlCommand& command);
 
  private:
   struct Route;
   class ControlSession;
 
   void AcceptControl();
-  void AddRoute(const ControlCommand& command);
-  void DeleteRoute(uint16_t port);
+  std::string AddRoute(const ControlCommand& command);
+  std::string DeleteRoute(uint16_t port);
   void AcceptOn(const std::shared_ptr<Route>& route);
   std::shared_ptr<RouteTarget> NewTarget(const Route& route);
+  // Warnings about the control port that anyone can cause: a few per minute.
+  void ControlWarning(const std::string& text);
 
   asio::io_context& io_;
   BridgeOptions options_;
   std::vector<std::string> trustProblems_;  // filled while tls_ is built
   std::unique_ptr<TlsEngine> tls_;
   asio::ip::tcp::acceptor control_;
+  asio::steady_timer controlRetry_;
+  localnet::AcceptBackoff controlBackoff_;
+  std::chrono::steady_clock::time_point warningWindow_{};
+  int warningsInWindow_ = 0;
+  int warningsSuppressed_ = 0;
   std::map<uint16_t, std::shared_ptr<Route>> routes_;
   std::unordered_map<Relay*, std::weak_ptr<Relay>> relays_;
   std::function<void()> onStopped_;

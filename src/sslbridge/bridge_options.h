@@ -24,6 +24,9 @@ struct BridgeOptions {
   std::vector<std::string> insecureHosts;      // lower case; no verification for these
   std::chrono::milliseconds controlReadLimit{3000};
   std::chrono::milliseconds handshakeLimit{30000};
+  // Set when the program started the companion: every control connection
+  // must open with it. Empty: commands are taken from this user without one.
+  std::string controlKey;
 
   bool IsInsecureHost(std::string_view host) const;
 };

@@ -132,11 +132,12 @@ class SchannelBridgeTest : public ::testing::Test {
     return routePort;
   }
 
-  void ExpectReversed(const std::string& host, uint16_t port) {
-    Client client(Route(host, port));
+  void ExpectReversed(uint16_t routePort) {
+    Client client(routePort);
     client.Send("hello\r\n");
-    EXPECT_EQ(client.Line(), "olleh\n") << host << ":" << port << "\n" << log_.Text();
+    EXPECT_EQ(client.Line(), "olleh\n") << log_.Text();
   }
+  void ExpectReversed(const std::string& host, uint16_t port) { ExpectReversed(Route(host, port)); }
 
   void ExpectRefused(const std::string& host, uint16_t port, const std::string& reason) {
     Client client(Route(host, port));
@@ -153,10 +154,12 @@ class SchannelBridgeTest : public ::testing::Test {
 
 TEST_F(SchannelBridgeTest, VerifiedRoundTripsAndRefusals) {
   StartBridge();
-  ExpectReversed("localhost", ServerPort("TLS_TEST_GOOD_PORT"));
+  // The route's second connection may resume the first one's session; its
+  // certificate is checked all the same.
+  const uint16_t good = Route("localhost", ServerPort("TLS_TEST_GOOD_PORT"));
+  ExpectReversed(good);
+  ExpectReversed(good);
   EXPECT_TRUE(log_.Contains("connected, TLSv1.2")) << log_.Text();
-  // A second connection of the route is a round trip all the same.
-  ExpectReversed("localhost", ServerPort("TLS_TEST_GOOD_PORT"));
 
   ExpectRefused("localhost", ServerPort("TLS_TEST_UNKNOWN_CA_PORT"),
                 "certificate rejected: unable to get local issuer certificate");

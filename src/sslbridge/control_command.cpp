@@ -58,20 +58,49 @@ std::optional<ControlCommand> ParseControlCommand(std::string_view line) {
   return cmd;
 }
 
+namespace {
+
+// The next line from `pos` (CR LF or, typed by hand, a bare LF); false while
+// it has not ended yet.
+bool NextLine(std::string_view text, size_t& pos, std::string_view& line) {
+  size_t end = text.find('\n', pos);
+  if (end == std::string_view::npos) return false;
+  line = text.substr(pos, end - pos);
+  if (!line.empty() && line.back() == '\r') line.remove_suffix(1);
+  pos = end + 1;
+  return true;
+}
+
+}  // namespace
+
 ControlMessage ExamineControlText(std::string_view text, bool eof) {
   ControlMessage msg;
-  size_t lineEnd = text.find("\r\n");
-  if (lineEnd == std::string_view::npos) {
-    // Tolerate a bare LF from hand-typed commands.
-    lineEnd = text.find('\n');
-    if (lineEnd == std::string_view::npos) return msg;
-    msg.firstLine = std::string(text.substr(0, lineEnd));
-  } else {
-    msg.firstLine = std::string(text.substr(0, lineEnd));
+  size_t pos = 0;
+  std::string_view line;
+  if (!NextLine(text, pos, line)) return msg;
+  if (line.substr(0, 2) == "k:") {
+    msg.key = std::string(line.substr(2));
+    if (!NextLine(text, pos, line)) return msg;
   }
-  std::string_view after = text.substr(text.find('\n', lineEnd) + 1);
-  msg.complete = after.substr(0, 3) == "END" || eof;
+  msg.command = std::string(line);
+  msg.complete = text.substr(pos, 3) == "END" || eof;
   return msg;
+}
+
+std::string EscapeForLog(std::string_view text, size_t limit) {
+  static const char kHex[] = "0123456789ABCDEF";
+  std::string out;
+  for (unsigned char c : text.substr(0, limit)) {
+    if (c < ' ' || c >= 0x7F) {
+      out += "\\x";
+      out += kHex[c >> 4];
+      out += kHex[c & 15];
+    } else {
+      out += static_cast<char>(c);
+    }
+  }
+  if (text.size() > limit) out += "...";
+  return out;
 }
 
 }  // namespace brindle::sslbridge

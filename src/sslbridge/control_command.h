@@ -1,5 +1,7 @@
 // The companion's control language: one command per control connection,
 // "a:PORT:HOST:DESTPORT", "d:PORT" or "QUIT", followed by the line "END".
+// The program that started the companion opens each connection with the
+// line "k:KEY" before the command.
 #pragma once
 
 #include <cstdint>
@@ -34,12 +36,17 @@ std::optional<ControlCommand> ParseControlCommand(std::string_view line);
 
 // What has been read from a control connection so far. Complete once the
 // terminator line "END" has arrived; `eof` says the peer has closed, in which
-// case a full first line is taken even without the terminator.
+// case a full command line is taken even without the terminator.
 struct ControlMessage {
   bool complete = false;
-  std::string firstLine;
+  std::optional<std::string> key;  // the "k:" line's value, when one came first
+  std::string command;
 };
 ControlMessage ExamineControlText(std::string_view text, bool eof);
+
+// The text as a log line may show it: control characters and bytes from
+// 0x7F up as \xNN, cut after `limit` bytes.
+std::string EscapeForLog(std::string_view text, size_t limit = 200);
 
 // Ports are decimal, 1..65535, without sign or blanks.
 std::optional<uint16_t> ParsePort(std::string_view text);

@@ -73,11 +73,23 @@ TEST(ControlCommand, WaitsForTheEndLine) {
   EXPECT_FALSE(ExamineControlText("a:1:h:2\r\nEN", false).complete);
   auto whole = ExamineControlText("a:1:h:2\r\nEND", false);
   EXPECT_TRUE(whole.complete);
-  EXPECT_EQ(whole.firstLine, "a:1:h:2");
+  EXPECT_EQ(whole.command, "a:1:h:2");
+  EXPECT_FALSE(whole.key);
+  // The program's key comes first; the command is the line after it.
+  EXPECT_FALSE(ExamineControlText("k:abc\r\n", true).complete);
+  auto keyed = ExamineControlText("k:abc\r\nd:7\r\nEND", false);
+  EXPECT_TRUE(keyed.complete);
+  EXPECT_EQ(keyed.key, "abc");
+  EXPECT_EQ(keyed.command, "d:7");
   EXPECT_TRUE(ExamineControlText("QUIT\nEND\n", false).complete);
   // A peer that closes after a whole line has said all it will say.
   EXPECT_TRUE(ExamineControlText("d:7\r\n", true).complete);
   EXPECT_FALSE(ExamineControlText("d:7", true).complete);
+}
+
+TEST(ControlCommand, LogTextShowsOnlyPrintableBytes) {
+  EXPECT_EQ(EscapeForLog("a:1\r\n\x1b[2J\x7f\xff ok"), "a:1\\x0D\\x0A\\x1B[2J\\x7F\\xFF ok");
+  EXPECT_EQ(EscapeForLog(std::string(300, 'x'), 4), "xxxx...");
 }
 
 TEST(BridgeOptions, ConfigFileKeysAndProblems) {

@@ -25,8 +25,8 @@ Relay::Relay(tcp::socket client, std::shared_ptr<RouteTarget> target, TlsEngine&
       tls_(tls),
       handshakeLimit_(handshakeLimit),
       onClosed_(std::move(onClosed)),
-      fromClient_(kBufferSize),
-      fromServer_(kBufferSize) {}
+      fromClient_(std::make_unique_for_overwrite<char[]>(kBufferSize)),
+      fromServer_(std::make_unique_for_overwrite<char[]>(kBufferSize)) {}
 
 Relay::~Relay() = default;
 
@@ -119,7 +119,7 @@ void Relay::HandshakeStep() {
 // so a bulk download goes to the client in large pieces.
 
 void Relay::ReadServer() {
-  server_.async_read_some(asio::buffer(fromServer_),
+  server_.async_read_some(asio::buffer(fromServer_.get(), kBufferSize),
                           [self = shared_from_this()](std::error_code ec, size_t n) {
                             if (self->closed_) return;
                             if (ec == asio::error::eof && self->established_) {
@@ -136,7 +136,7 @@ void Relay::ReadServer() {
 }
 
 void Relay::OnServerBytes(size_t n) {
-  session_->Feed(fromServer_.data(), n);
+  session_->Feed(fromServer_.get(), n);
   if (!established_) {
     HandshakeStep();
     if (closed_) return;
@@ -187,14 +187,15 @@ void Relay::ServerFinished() {
 
 void Relay::ReadClient() {
   client_.async_read_some(
-      asio::buffer(fromClient_), [self = shared_from_this()](std::error_code ec, size_t n) {
+      asio::buffer(fromClient_.get(), kBufferSize),
+      [self = shared_from_this()](std::error_code ec, size_t n) {
         if (self->closed_) return;
         if (ec == asio::error::eof) {
           self->clientDone_ = true;
           return self->SendCloseNotify();
         }
         if (ec) return self->Fail("client connection: " + ec.message());
-        if (!self->session_->Write(self->fromClient_.data(), n)) {
+        if (!self->session_->Write(self->fromClient_.get(), n)) {
           return self->Fail("sending to the server failed: " + self->session_->Failure());
         }
         self->upWaiting_ = true;

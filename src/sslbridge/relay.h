@@ -10,7 +10,6 @@
 #include <memory>
 #include <optional>
 #include <string>
-#include <vector>
 
 #include <asio/ip/tcp.hpp>
 #include <asio/steady_timer.hpp>
@@ -74,12 +73,12 @@ class Relay : public std::enable_shared_from_this<Relay> {
   std::unique_ptr<TlsSession> session_;
   bool established_ = false;
   bool closed_ = false;
-  bool clientDone_ = false;     // the client stopped sending; close_notify is due or sent
-  bool serverDone_ = false;     // the server stopped sending; the client has been told
-  bool writingServer_ = false;  // a write to the server is under way
-  bool upWaiting_ = false;      // the client's last piece waits for the server write
-  std::vector<char> fromClient_;
-  std::vector<char> fromServer_;
+  bool clientDone_ = false;             // the client stopped sending; close_notify is due or sent
+  bool serverDone_ = false;             // the server stopped sending; the client has been told
+  bool writingServer_ = false;          // a write to the server is under way
+  bool upWaiting_ = false;              // the client's last piece waits for the server write
+  std::unique_ptr<char[]> fromClient_;  // not zeroed: a fresh relay per connection
+  std::unique_ptr<char[]> fromServer_;
   std::string toServer_;  // TLS records being written to the server
   std::string greeting_;  // an upgraded route's server greeting, owed to the client
   std::string toClient_;  // decrypted bytes being written to the client

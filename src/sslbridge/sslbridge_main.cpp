@@ -12,6 +12,7 @@
 #include "core/event_log.h"
 #include "core/log.h"
 #include "core/settings_paths.h"
+#include "localnet/control_key.h"
 #include "sslbridge/bridge.h"
 
 using namespace brindle;
@@ -78,6 +79,9 @@ int main(int argc, char** argv) {
     }
   }
   if (cl.controlPort) options.controlPort = *cl.controlPort;
+  if (const char* key = std::getenv(localnet::kControlKeyVariable); key && *key) {
+    options.controlKey = key;
+  }
   options.caFiles.insert(options.caFiles.end(), cl.caFiles.begin(), cl.caFiles.end());
   options.insecureHosts.insert(options.insecureHosts.end(), cl.insecureHosts.begin(),
                                cl.insecureHosts.end());

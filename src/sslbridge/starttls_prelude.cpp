@@ -1,33 +1,18 @@
 #include "sslbridge/starttls_prelude.h"
 
-#include <cctype>
 #include <utility>
 
 #include <asio/ip/host_name.hpp>
 #include <asio/read_until.hpp>
 #include <asio/write.hpp>
 
+#include "core/text.h"
+
 namespace brindle::sslbridge {
 namespace {
 
 // A reply line longer than this is no plain opening of a mail or news server.
 constexpr size_t kLongestReply = 64 * 1024;
-
-bool StartsWithNoCase(std::string_view text, std::string_view prefix) {
-  if (text.size() < prefix.size()) return false;
-  for (size_t i = 0; i < prefix.size(); ++i) {
-    if (std::toupper(static_cast<unsigned char>(text[i])) !=
-        std::toupper(static_cast<unsigned char>(prefix[i]))) {
-      return false;
-    }
-  }
-  return true;
-}
-
-std::string_view WithoutLineEnd(std::string_view line) {
-  while (!line.empty() && (line.back() == '\n' || line.back() == '\r')) line.remove_suffix(1);
-  return line;
-}
 
 }  // namespace
 

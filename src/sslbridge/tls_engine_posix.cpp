@@ -174,7 +174,8 @@ class OpenSslEngine : public TlsEngine {
     // that is an ordinary end of their data, not an attack on it (the
     // protocols carry their own terminators).
     SSL_CTX_set_options(ctx_, SSL_OP_IGNORE_UNEXPECTED_EOF);
-    SSL_CTX_set_mode(ctx_, SSL_MODE_RELEASE_BUFFERS);
+    // The fed bytes are taken in large pieces rather than record by record.
+    SSL_CTX_set_read_ahead(ctx_, 1);
     // Sessions live in the route caches, not in OpenSSL's own store.
     SSL_CTX_set_session_cache_mode(ctx_, SSL_SESS_CACHE_CLIENT | SSL_SESS_CACHE_NO_INTERNAL_STORE);
     SSL_CTX_sess_set_new_cb(ctx_, OnNewSession);

@@ -49,7 +49,7 @@ TunnelPlan PlanTunnels(const std::vector<TunnelRecord>& before,
 
 SettingsApplier::SettingsApplier(SettingsStore& store, TunnelControl* tunnels, Save save)
     : store_(store), tunnels_(tunnels), save_(std::move(save)) {
-  if (!save_) save_ = [](const Settings& s) { return SaveSettings2Ini(s); };
+  if (!save_) save_ = [](const Settings& s) { return SaveSettings2Ini(s).ok(); };
 }
 
 bool SettingsApplier::Apply(Settings next, const std::vector<std::optional<size_t>>& tunnelOrigins,

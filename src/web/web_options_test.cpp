@@ -58,7 +58,8 @@ class WebOptionsTest : public ::testing::Test {
   SettingsStore store_;
   Proxy proxy_{io_, store_};
   AccessRules rules_{MakeSecret(), 8119};
-  WebView view_{io_, proxy_, store_, rules_, [](const Settings& s) { return SaveSettings2Ini(s); }};
+  WebView view_{io_, proxy_, store_, rules_,
+                [](const Settings& s) { return SaveSettings2Ini(s).ok(); }};
 };
 
 TEST_F(WebOptionsTest, ApplyWritesTheFileAndRestartsTheChangedTunnel) {

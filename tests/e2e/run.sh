@@ -158,9 +158,8 @@ HeaderBody=mail
 InsertAfter=
 INI
   # The companion trusts the run's own CA through its configuration file in
-  # the user's settings folder.
-  mkdir -p "$WORK/xdg/OE Brindle"
-  printf 'ca-file = %s\n' "$WORK/pki/ca.crt" >"$WORK/xdg/OE Brindle/SslBridge.conf"
+  # the settings folder brindle runs with (it hands that folder on).
+  printf 'ca-file = %s\n' "$WORK/pki/ca.crt" >"$WORK/settings/SslBridge.conf"
 }
 
 main() {

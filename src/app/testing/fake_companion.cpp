@@ -3,7 +3,8 @@
 // line) to the file named by FAKE_COMPANION_LOG, listens on the ports that
 // "a:" assigns and closes them on "d:", and ends on "QUIT" — unless
 // FAKE_COMPANION_DEAF is set, in which case it ignores QUIT so that the
-// program has to end it.
+// program has to end it. A command must open with the key the program handed
+// over in BRINDLE_COMPANION_KEY; one without it is recorded as "refused".
 #include <arpa/inet.h>
 #include <netinet/in.h>
 #include <sys/socket.h>
@@ -65,13 +66,26 @@ int main(int argc, char** argv) {
     return 1;
   }
   const bool deaf = std::getenv("FAKE_COMPANION_DEAF") != nullptr;
+  if (const char* log = std::getenv("FAKE_COMPANION_LOG")) {  // where a test finds whom to kill
+    if (FILE* f = std::fopen((std::string(log) + ".pid").c_str(), "w")) {
+      std::fprintf(f, "%d\n", static_cast<int>(getpid()));
+      std::fclose(f);
+    }
+  }
   std::map<int, int> routes;  // port -> listening socket
   for (;;) {
     const int connection = accept(control, nullptr, nullptr);
     if (connection < 0) continue;
-    const std::string command = ReadCommand(connection);
+    std::string command = ReadCommand(connection);
     close(connection);
     if (command.empty()) continue;  // a probe: connected and left
+    const char* key = std::getenv("BRINDLE_COMPANION_KEY");
+    const std::string keyLine = key ? "k:" + std::string(key) + "\r\n" : "";
+    if (command.compare(0, keyLine.size(), keyLine) != 0) {
+      Record("refused");
+      continue;
+    }
+    command.erase(0, keyLine.size());
     Record(command);
     if (command.rfind("a:", 0) == 0) {
       const int port = std::atoi(command.c_str() + 2);

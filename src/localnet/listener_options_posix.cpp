@@ -1,6 +1,6 @@
-#include "proxy/listener_options.h"
+#include "localnet/listener_options.h"
 
-namespace brindle {
+namespace brindle::localnet {
 
 // SO_REUSEADDR here only lets a stopped tunnel listen again at once; a second
 // listener on a port in use is still refused.
@@ -9,4 +9,4 @@ void PrepareListener(asio::ip::tcp::acceptor& acceptor) {
   acceptor.set_option(asio::socket_base::reuse_address(true), ignored);
 }
 
-}  // namespace brindle
+}  // namespace brindle::localnet

@@ -1,8 +1,8 @@
 #include <winsock2.h>
 
-#include "proxy/listener_options.h"
+#include "localnet/listener_options.h"
 
-namespace brindle {
+namespace brindle::localnet {
 
 // SO_REUSEADDR would let another socket take over a port in use; the
 // exclusive option makes a second bind fail with 10048 instead.
@@ -12,4 +12,4 @@ void PrepareListener(asio::ip::tcp::acceptor& acceptor) {
   acceptor.set_option(ExclusiveAddressUse(true), ignored);
 }
 
-}  // namespace brindle
+}  // namespace brindle::localnet

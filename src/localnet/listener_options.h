@@ -5,9 +5,9 @@
 
 #include <asio/ip/tcp.hpp>
 
-namespace brindle {
+namespace brindle::localnet {
 
 // Called between open and bind. Failures only lose the option; bind decides.
 void PrepareListener(asio::ip::tcp::acceptor& acceptor);
 
-}  // namespace brindle
+}  // namespace brindle::localnet
