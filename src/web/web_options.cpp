@@ -173,6 +173,15 @@ std::optional<ui::PageMessage> FillSignatures(ui::SignaturesPage& page, const Fo
 // The pages whose fields map one to one onto form fields; a page whose
 // fields were not sent is left as loaded.
 void FillSimplePages(ui::OptionPages& pages, const Form& form) {
+  if (Has(form, "filters.AFMin")) {
+    ui::FiltersPage& f = pages.frmFilters;
+    f.chkBeginFilter = Ticked(form, "filters.BeginFilter");
+    f.charFilter = static_cast<ui::FiltersPage::CharFilter>(
+        std::clamp(std::atoi(Value(form, "filters.CharFiltering").c_str()), 0, 2));
+    f.chkAsianFilter = Ticked(form, "filters.AsianFilter");
+    f.txtAFPercentage = Value(form, "filters.AFPercentage");
+    f.txtAFMin = Value(form, "filters.AFMin");
+  }
   if (Has(form, "misc.Strip")) {
     ui::MiscellaneousPage& m = pages.frmMiscellaneous;
     m.txtStrip = Value(form, "misc.Strip");
@@ -221,9 +230,28 @@ void FillSimplePages(ui::OptionPages& pages, const Form& form) {
     pages.frmOEStart.state = static_cast<ui::ClientStartPage::WindowState>(state[0] - '0');
 }
 
-std::string Refusal(const Settings& s, const ui::PageMessage& m) {
-  return std::string("{\"applied\":false,\"title\":") + JsonString(MessageBoxTitle(s, m.title)) +
-         ",\"text\":" + JsonString(std::string(LanguageString(s, m.text)) + m.detail) + "}";
+// The browser's tab of a page, so that a refusal shows the page it is about,
+// as the options window selects it.
+std::string TabOf(ui::OptionPages& p, const ui::OptionPage* page) {
+  const std::pair<const ui::OptionPage*, const char*> tabs[] = {
+      {&p.frmHeaders, "news-headers"}, {&p.frmHeadersMail, "mail-headers"},
+      {&p.frmFilters, "filters"},      {&p.frmMiscellaneous, "misc"},
+      {&p.frmTunele, "tunnel-page"},   {&p.frmSygnaturka, "signatures"},
+      {&p.frmWrotki, "quotes"},        {&p.frmTextProcessing, "text"},
+      {&p.frmFiles, "files"},          {&p.frmIcon, "icon"},
+      {&p.frmOEStart, "start"}};
+  for (const auto& [candidate, tab] : tabs)
+    if (candidate == page) return tab;
+  return {};
+}
+
+std::string Refusal(const Settings& s, const ui::PageMessage& m, std::string_view tab) {
+  return Object()
+      .Add("applied", "false")
+      .Add("title", JsonString(MessageBoxTitle(s, m.title)))
+      .Add("text", JsonString(std::string(LanguageString(s, m.text)) + m.detail))
+      .Add("tab", JsonString(tab))
+      .Close();
 }
 
 }  // namespace
@@ -333,21 +361,15 @@ std::string ApplyOptions(const Form& form, SettingsStore& store, ui::SettingsApp
   ui::OptionPages pages;
   pages.frmTunele.SetControl(nullptr);
   pages.Load(snapshot);
-  if (auto refusal = FillTunnels(pages.frmTunele, form)) return Refusal(*snapshot, *refusal);
+  if (auto refusal = FillTunnels(pages.frmTunele, form))
+    return Refusal(*snapshot, *refusal, "tunnel-page");
   FillHeaders(pages.frmHeaders, form, "news");
   FillHeaders(pages.frmHeadersMail, form, "mail");
-  if (auto refusal = FillSignatures(pages.frmSygnaturka, form)) return Refusal(*snapshot, *refusal);
-  if (Has(form, "filters.AFMin")) {
-    ui::FiltersPage& f = pages.frmFilters;
-    f.chkBeginFilter = Ticked(form, "filters.BeginFilter");
-    f.charFilter = static_cast<ui::FiltersPage::CharFilter>(
-        std::clamp(std::atoi(Value(form, "filters.CharFiltering").c_str()), 0, 2));
-    f.chkAsianFilter = Ticked(form, "filters.AsianFilter");
-    f.txtAFPercentage = Value(form, "filters.AFPercentage");
-    f.txtAFMin = Value(form, "filters.AFMin");
-  }
+  if (auto refusal = FillSignatures(pages.frmSygnaturka, form))
+    return Refusal(*snapshot, *refusal, "signatures");
   FillSimplePages(pages, form);
-  if (auto refusal = pages.Apply(applier)) return Refusal(*snapshot, refusal->second);
+  if (auto refusal = pages.Apply(applier))
+    return Refusal(*snapshot, refusal->second, TabOf(pages, refusal->first));
   return "{\"applied\":true}";
 }
 

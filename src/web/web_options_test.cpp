@@ -122,6 +122,7 @@ TEST_F(WebOptionsTest, EveryPageReachesTheFileAndABadWebPortIsRefused) {
   const WebResponse refused = Apply("misc.Strip=600&misc.WebPort=70000");
   EXPECT_NE(refused.body.find("Port number must be between 1 and 65535"), std::string::npos)
       << refused.body;
+  EXPECT_NE(refused.body.find("\"tab\":\"misc\""), std::string::npos) << refused.body;
   EXPECT_EQ(ReadAll(dir_ / "OE_Brindle.ini"), file);
 }
 

@@ -172,10 +172,12 @@ await page.click("#tab-text");
 await page.fill("[name='text.Wrap']", "200");
 await page.click("#tab-misc");
 await page.fill("[name='misc.WebPort']", "70000");
+await page.click("#tab-files");
 const beforeRefusal = iniText();
 await page.click("#apply");
 await page.locator("#options-message.message", { hasText: "65535" }).waitFor();
-check(iniText() === beforeRefusal, "a port outside 1..65535 is refused and nothing is written");
+check(iniText() === beforeRefusal && await page.isVisible("[name='misc.WebPort']"),
+      "a port outside 1..65535 is refused on its own page and nothing is written");
 await page.fill("[name='misc.WebPort']", "8120");
 await page.click("#apply");
 await page.waitForSelector("#options-message.applied");

@@ -190,6 +190,7 @@ async function applyOptions(event) {
     } else {
       message.className = "message";
       message.textContent = answer.title + ": " + answer.text;
+      if (answer.tab) showTab(answer.tab);
     }
   } catch (e) {
     showError(e.message);
