@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # Pictures of every tab of the options window in English and Polish, as Wine
 # draws them under a virtual X display: docs/options/<lang>-NN.png.
+# shellcheck source=window_shots.sh
 source "$(dirname "$0")/window_shots.sh" options_shot
 mkdir -p "$root/docs/options"
 for lang in en pl; do

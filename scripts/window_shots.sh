@@ -1,3 +1,4 @@
+# shellcheck shell=bash
 # Shared by the screenshot scripts: builds one picture-taking program of the
 # x86_64 Windows build and runs it under wine64 on a virtual X display, in a
 # Wine prefix of its own that is removed at the end.
@@ -19,7 +20,7 @@ export WINEPREFIX="$work/prefix" WINEDEBUG=-all
 shoot() {
   local desktop=()
   if [ "$1" = --desktop ]; then
-    desktop=(explorer /desktop=shot,800x600)
+    desktop=(explorer "/desktop=shot,800x600")
     shift
   fi
   xvfb-run -a -s "-screen 0 1024x768x24" /usr/lib/wine/wine64 "${desktop[@]}" "$shot" "$@"
