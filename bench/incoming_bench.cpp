@@ -57,7 +57,7 @@ void BM_FixBoundaryMail(benchmark::State& s) {
 void BM_ArticlePipeline(benchmark::State& state) {
   const std::string& article = Message(Kind::kDownloadedArticle, state.range(0));
   for (auto _ : state) {
-    std::string text = FilterBegin(article);
+    std::string text = FilterBegin(std::string(article));
     text = FilterChars(std::move(text), 1);
     text = FixBoundary(std::move(text));
     benchmark::DoNotOptimize(text.data());
@@ -68,7 +68,7 @@ void BM_ArticlePipeline(benchmark::State& state) {
 void BM_MailPipeline(benchmark::State& state) {
   const std::string& mail = Message(Kind::kDownloadedMail, state.range(0));
   for (auto _ : state) {
-    std::string text = MarkAsianSpam(mail, 90, 10);
+    std::string text = MarkAsianSpam(std::string(mail), 90, 10);
     text = FixBoundary(std::move(text));
     benchmark::DoNotOptimize(text.data());
   }

@@ -14,6 +14,8 @@
 #include <asio/read.hpp>
 #include <asio/write.hpp>
 #include <cstdio>
+#include <cstdlib>
+#include <cstring>
 #include <future>
 #include <map>
 #include <memory>
@@ -116,7 +118,9 @@ class BenchProxy {
 struct World {
   World() : proxy(server.Port()) {
     log::SetMinimumLevel(log::Level::kWarning);
-    for (size_t bytes : {1u << 10, 64u << 10, 1u << 20, 10u << 20}) server.Prepare(bytes);
+    for (size_t bytes : {1u << 10, 64u << 10, 1u << 20, 10u << 20, 100u << 20}) {
+      server.Prepare(bytes);
+    }
   }
   BenchServer server;
   BenchProxy proxy;
@@ -192,19 +196,71 @@ void BM_HundredChannels(benchmark::State& state) {
   state.SetItemsProcessed(state.iterations() * 100);
 }
 
+// Linux's account of this process's memory, in bytes ("VmHWM", "VmRSS").
+int64_t ProcessMemory(const char* field) {
+  std::FILE* f = std::fopen("/proc/self/status", "r");
+  if (f == nullptr) return -1;
+  char line[256];
+  int64_t kib = -1;
+  const size_t length = std::strlen(field);
+  while (std::fgets(line, sizeof line, f) != nullptr) {
+    if (std::strncmp(line, field, length) == 0 && line[length] == ':') {
+      kib = std::atoll(line + length + 1);
+    }
+  }
+  std::fclose(f);
+  return kib * 1024;
+}
+
+// Starts a fresh high-water mark of the resident memory.
+void ResetPeakMemory() {
+  if (std::FILE* f = std::fopen("/proc/self/clear_refs", "w")) {
+    std::fputs("5", f);
+    std::fclose(f);
+  }
+}
+
+// One held article through the tunnel on a fresh connection: how much the
+// process's resident memory rose at its peak, per byte of the article, and
+// how much the open connection still keeps after it and after a small one.
+void BM_ArticleMemory(benchmark::State& state) {
+  const size_t bytes = static_cast<size_t>(state.range(0));
+  const std::string command = "ARTICLE " + std::to_string(bytes) + "\r\n";
+  const std::string small = "ARTICLE " + std::to_string(1 << 10) + "\r\n";
+  std::vector<char> buffer(256 * 1024);
+  double peak = 0, after = 0, afterSmall = 0;
+  for (auto _ : state) {
+    asio::io_context io;
+    tcp::socket socket = Client(io, PortFor(true));
+    const int64_t before = ProcessMemory("VmRSS");
+    ResetPeakMemory();
+    asio::write(socket, asio::buffer(command));
+    ReadUntilEnd(socket, "\r\n.\r\n", buffer);
+    peak = static_cast<double>(ProcessMemory("VmHWM") - before);
+    after = static_cast<double>(ProcessMemory("VmRSS") - before);
+    asio::write(socket, asio::buffer(small));
+    ReadUntilEnd(socket, "\r\n.\r\n", buffer);
+    afterSmall = static_cast<double>(ProcessMemory("VmRSS") - before);
+  }
+  state.counters["peak_per_byte"] = peak / static_cast<double>(bytes);
+  state.counters["kept_MiB"] = after / (1 << 20);
+  state.counters["kept_after_small_MiB"] = afterSmall / (1 << 20);
+}
+
 void Both(benchmark::internal::Benchmark* b) {
   b->ArgNames({"tunnel"})->Arg(0)->Arg(1)->Unit(benchmark::kMicrosecond)->UseRealTime();
 }
 
 void ArticleSizes(benchmark::internal::Benchmark* b) {
   b->ArgNames({"tunnel", "bytes"})->Unit(benchmark::kMicrosecond)->UseRealTime();
-  for (int64_t bytes : {1 << 10, 64 << 10, 1 << 20, 10 << 20}) {
+  for (int64_t bytes : {1 << 10, 64 << 10, 1 << 20, 10 << 20, 100 << 20}) {
     b->Args({0, bytes})->Args({1, bytes});
   }
 }
 
 BENCHMARK(BM_BulkList)->Apply(Both);
 BENCHMARK(BM_Article)->Apply(ArticleSizes);
+BENCHMARK(BM_ArticleMemory)->Arg(100 << 20)->Iterations(1)->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_SmallCommand)->Apply(Both);
 BENCHMARK(BM_HundredChannels)->Apply(Both);
 

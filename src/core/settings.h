@@ -54,6 +54,9 @@ struct TunnelRecord {
   bool AutoStart = false;
   bool SSL = false;
   int32_t tType = kTypeUnset;
+  // The server leg switches to TLS inside the protocol (STARTTLS/STLS),
+  // done by the companion; the client side stays plain.
+  bool StartTLS = false;
 };
 
 inline constexpr int kSignatureCount = 101;    // indexes 0..100

@@ -169,6 +169,22 @@ TEST(SettingsFileTest, TunnelSectionsFollowTheirPendingValues) {
   EXPECT_TRUE(t[8].SSL);
 }
 
+TEST(SettingsFileTest, StartTlsBelongsToItsOwnSectionAndIsWrittenOnlyWhenSet) {
+  std::vector<TunnelRecord> t;
+  Settings s = Load(
+      "[SMTPServer]\r\nServerName=a\r\nStartTLS=1\r\n"
+      "[SMTPServer]\r\nServerName=b\r\n",
+      &t);
+  ASSERT_EQ(t.size(), 2u);
+  EXPECT_TRUE(t[0].StartTLS);
+  EXPECT_FALSE(t[1].StartTLS);
+  const std::string text = SettingsFileText(s);
+  EXPECT_EQ(text.find("StartTLS"), text.rfind("StartTLS"));
+  EXPECT_NE(text.find("StartTLS"), std::string::npos);
+  EXPECT_TRUE(Load(text).tunnels[0].StartTLS);
+  EXPECT_FALSE(Load(text).tunnels[1].StartTLS);
+}
+
 TEST(SettingsFileTest, EachTunnelReachesTheSinkBeforeTheRestIsRead) {
   const char* file =
       "[POP3Server]\r\nServerName=a\r\n[Backgrounds]\r\nMessageColor=000000\r\n"

@@ -257,6 +257,7 @@ void SettingsLoader::MiscKey(std::string_view key, std::string_view value) {
     if (r.DestPort == 0) r.DestPort = 119;
     r.AutoStart = true;
     r.SSL = false;
+    r.StartTLS = false;
     r.tType = kTypeNntp;
     AddTunnel(r);
   }
@@ -347,6 +348,8 @@ void SettingsLoader::ServerKey(std::string_view key, std::string_view value) {
   } else if (EqualsNoCase(key, "SSL") && section_ != Section::kNntp) {
     // News sections never read the key, though the file holds it.
     pending_.SSL = LeadingNumber(value) != 0;
+  } else if (EqualsNoCase(key, "StartTLS")) {
+    pending_.StartTLS = IsOne(value);  // this section only, unlike SSL
   }
 }
 
@@ -380,6 +383,7 @@ void SettingsLoader::CompleteTunnel() {
   if (section_ == Section::kNntp) r.SSL = false;
   AddTunnel(r);
   pending_.Server.clear();
+  pending_.StartTLS = false;
   pending_.AutoStart = false;
   pending_.SrcPort = pending_.DestPort = DefaultPortAfter(section_);
 }

@@ -93,6 +93,8 @@ void WriteTunnel(const TunnelRecord& t, FileText& f) {
   f.Key("DestPort", t.DestPort);
   f.PrintKey("AutoStart", t.AutoStart);
   f.PrintKey("SSL", t.SSL);
+  // Written only when set, so files of tunnels without it stay as they were.
+  if (t.StartTLS) f.PrintKey("StartTLS", true);
 }
 
 void WriteCustomHeaders(std::string_view section,

@@ -36,6 +36,29 @@ inline std::string_view Trimmed(std::string_view text, std::string_view blanks =
   return text.substr(first, text.find_last_not_of(blanks) - first + 1);
 }
 
+// A line without its line end (CR LF, or a bare LF).
+inline std::string_view WithoutLineEnd(std::string_view line) {
+  if (line.ends_with('\n')) line.remove_suffix(1);
+  if (line.ends_with('\r')) line.remove_suffix(1);
+  return line;
+}
+
+// Is `line` the command `word`, alone or followed by a space and arguments?
+inline bool IsCommand(std::string_view line, std::string_view word) {
+  return StartsWithNoCase(line, word) && (line.size() == word.size() || line[word.size()] == ' ');
+}
+
+// The three-digit status code at the start of a reply line, or -1.
+inline int StatusCode(std::string_view line) {
+  if (line.size() < 3) return -1;
+  int code = 0;
+  for (size_t i = 0; i < 3; ++i) {
+    if (line[i] < '0' || line[i] > '9') return -1;
+    code = code * 10 + (line[i] - '0');
+  }
+  return code;
+}
+
 // First occurrence of needle at or after from, ASCII letters compared without
 // regard to case; std::string_view::npos when there is none.
 size_t FindNoCase(std::string_view text, std::string_view needle, size_t from = 0);

@@ -2,21 +2,27 @@
 // the client sends and every piece the server sends, and says what goes on
 // to the other side: commands pass line by line, a posted article or a sent
 // mail is held until complete and rewritten once, a downloaded article or
-// mail is held until complete and filtered once. It owns no sockets: the
-// pair that carries it (channel_pair.h) feeds it and writes what it returns.
+// mail is held until complete and filtered once. Which answer belongs to
+// which command is the protocol's business (dialogue.h); the channel splits
+// the streams into lines, bodies and messages, holds what must be held, and
+// keeps both sides within their limits. It owns no sockets: the pair that
+// carries it (channel_pair.h) feeds it and writes what it returns.
 #pragma once
 
 #include <cstddef>
 #include <cstdint>
-#include <deque>
+#include <memory>
 #include <string>
 #include <string_view>
 
 #include "core/settings.h"
 #include "core/settings_store.h"
 #include "oewin/super_string.h"
+#include "proxy/channel_limits.h"
+#include "proxy/dialogue.h"
 #include "proxy/filter_records.h"
 #include "proxy/message_steps.h"
+#include "proxy/stream_parts.h"
 #include "proxy/transfer_display.h"
 
 namespace brindle {
@@ -31,7 +37,11 @@ struct ChannelServices {
 
 class CChannel {
  public:
-  CChannel(int16_t sockIndex, ChannelServices services);
+  CChannel(int16_t sockIndex, ChannelServices services,
+           const ChannelLimits& limits = ChannelLimits::FromEnvironment());
+  ~CChannel();
+  CChannel(const CChannel&) = delete;
+  CChannel& operator=(const CChannel&) = delete;
 
   int32_t cType() const { return cType_; }
   void cType(int32_t value);  // stored only while still unset (-1)
@@ -42,49 +52,65 @@ class CChannel {
   // One piece from the server; returns what goes to the client now (may be empty).
   std::string ProcessServerData(std::string piece);
 
-  // After the server accepted STARTTLS/STLS: bytes pass both ways untouched.
-  bool Relaying() const { return relaying_; }
+  // The server connection is up; `localAddress` is its local end.
+  void ServerConnected(const std::string& localAddress);
 
-  // Protocol state (read by tests and the status page).
+  // A side broke a limit: the channel is to end once `Farewell` (the
+  // protocol's error answer, possibly empty) has gone to the client.
+  bool Ending() const { return ending_; }
+  const std::string& Farewell() const { return farewell_; }
+
+  // For the status page: what the channel is doing ("posting", "collecting",
+  // "sending mail", "relaying"), and whether the client switched to TLS (or
+  // compression) inside a plain tunnel, so its messages pass unprocessed.
+  const char* StateName() const;
+  bool PassesUnprocessed() const { return opaque_; }
+
+  // True while ProcessClientData runs.
   bool blnWorking = false;
-  int32_t intArticleMode = 1;  // NNTP: 0 posting, 1 relaying, 2 article asked for
-  bool blnCollecting = false;  // POP3: a RETR/TOP answer is being collected
-  int32_t intMode = 3;         // SMTP: 3 fresh, 2 collecting mail, 1 EHLO replaced, 0 RCPT, 4 sent
 
   // How the filter log names the tunnel the channel came through.
   std::string tunnelName;
 
  private:
-  // Server replies the channel waits for, oldest first. SMTP records every
-  // command so that pipelined replies are matched to their commands; NNTP
-  // and POP3 only record the commands whose answer changes the dialogue.
-  enum class Expect : uint8_t { kPlain, kPost, kData, kTls, kAuth };
+  enum class ClientPart : uint8_t { kCommands, kMessage };
+  enum class ServerPart : uint8_t { kStatusLine, kBody };
 
-  std::string NntpClient(const Settings& settings);
-  std::string Pop3Client();
-  std::string SmtpClient(const Settings& settings);
-  std::string NntpServer(std::string piece);
-  std::string Pop3Server(std::string piece);
-  std::string PassOn(std::string piece);
-
-  std::string TakeClientBuffer();
-  std::string TakeServerBuffer();
-  void Expecting(Expect what);
-  void WatchReplies(std::string_view piece);
-  void OnReplyLine(std::string_view head);
-  bool AcceptsTls(std::string_view head) const;
-  bool AsksForCredentials(std::string_view head) const;
-  void CountSmtpCommands(std::string_view forwarded);
+  void ClientCommands(std::string& piece, size_t& at, PieceOutput& out);
+  void ClientMessage(std::string& piece, size_t& at, PieceOutput& out);
+  void ServerStatusLine(std::string& piece, size_t& at, PieceOutput& out);
+  void ServerBody(std::string& piece, size_t& at, PieceOutput& out);
+  void EndAnswer(PieceOutput& out, size_t lastPieceLength);
+  // Holds `text` in `buffer`; past the held-message limit, hands what is
+  // held and `text` on to `out` and reports false from then on.
+  bool Hold(CSuperString& buffer, bool& oversize, std::string_view text, PieceOutput& out,
+            const char* what);
+  void End(std::string_view why, std::string_view farewell);
+  void BecomeOpaque();
 
   ChannelServices services_;
+  ChannelLimits limits_;
   int32_t cType_ = kTypeUnset;
   int16_t SockIndex_;
-  CSuperString clientBuffer_;
-  CSuperString serverBuffer_;
-  std::deque<Expect> owed_;
-  std::string replyHead_;  // first bytes of the server line being received
-  bool inAuthExchange_ = false;
-  bool relaying_ = false;
+  std::unique_ptr<Dialogue> dialogue_;
+  CredentialMask mask_;
+
+  ClientPart clientPart_ = ClientPart::kCommands;
+  std::string clientLine_;     // a command line not complete yet
+  CSuperString clientBuffer_;  // the message being sent
+  TerminatorScan clientEnd_;
+  bool clientOversize_ = false;
+
+  ServerPart serverPart_ = ServerPart::kStatusLine;
+  std::string serverLine_;     // a status line not complete yet
+  CSuperString serverBuffer_;  // the answer being held
+  TerminatorScan serverEnd_;
+  bool holding_ = false;
+  bool serverOversize_ = false;
+
+  bool opaque_ = false;
+  bool ending_ = false;
+  std::string farewell_;
 };
 
 }  // namespace brindle

@@ -1,104 +1,86 @@
-// The client's side of a channel: commands, posted articles, sent mails.
-#include <algorithm>
-
-#include "core/text.h"
+// The client's side of a channel: command lines one by one, and the posted
+// article or sent mail held whole from the server's go-ahead to its
+// terminator line.
 #include "proxy/channel.h"
-#include "proxy/host_name.h"
-#include "proxy/message_pipeline.h"
 
 namespace brindle {
 
-std::string CChannel::NntpClient(const Settings& settings) {
-  const std::string& buffer = clientBuffer_.Text();
-  if (intArticleMode == 0) {
-    if (!buffer.ends_with(kTerminator)) return {};  // the article goes on
-    std::string article = RewriteNewsArticle(TakeClientBuffer(), settings, services_.steps);
-    intArticleMode = 1;
-    return article;
-  }
-  if (EqualsNoCase(buffer, "POST\r\n")) {
-    intArticleMode = 0;  // the article follows the server's go-ahead
-    Expecting(Expect::kPost);
-  } else if (EqualsNoCase(buffer, "STARTTLS\r\n")) {
-    Expecting(Expect::kTls);
-  } else if (StartsWithNoCase(buffer, "AUTHINFO SASL ")) {
-    Expecting(Expect::kAuth);
-  }
-  if (StartsWithNoCase(buffer, "ARTICLE ")) intArticleMode = 2;  // its answer is filtered
-  return TakeClientBuffer();
-}
+std::string CChannel::ProcessClientData(std::string piece) {
+  if (opaque_) return piece;
+  if (ending_) return {};
+  blnWorking = true;
+  struct Done {
+    bool& flag;
+    ~Done() { flag = false; }
+  } done{blnWorking};
 
-std::string CChannel::Pop3Client() {
-  const std::string& buffer = clientBuffer_.Text();
-  if (StartsWithNoCase(buffer, "RETR ") || StartsWithNoCase(buffer, "TOP ")) blnCollecting = true;
-  if (EqualsNoCase(buffer, "STLS\r\n")) {
-    Expecting(Expect::kTls);
-  } else if (StartsWithNoCase(buffer, "AUTH ") && !inAuthExchange_) {
-    Expecting(Expect::kAuth);
-  }
-  return TakeClientBuffer();
-}
-
-namespace {
-
-// Does the piece hold a DATA command line (the mail text follows its go-ahead)?
-bool HasDataLine(std::string_view text) {
-  for (size_t from = 0; from < text.size();) {
-    size_t end = text.find(kCrLf, from);
-    if (end == std::string_view::npos) return false;
-    if (EqualsNoCase(text.substr(from, end - from), "DATA")) return true;
-    from = end + 2;
-  }
-  return false;
-}
-
-}  // namespace
-
-// Every SMTP command owes one reply; DATA, STARTTLS and AUTH replies steer
-// the dialogue. Answers inside an authentication exchange are no commands.
-void CChannel::CountSmtpCommands(std::string_view forwarded) {
-  if (inAuthExchange_) return;
-  for (size_t from = 0; from < forwarded.size();) {
-    size_t end = forwarded.find(kCrLf, from);
-    if (end == std::string_view::npos) break;
-    std::string_view line = forwarded.substr(from, end - from);
-    if (EqualsNoCase(line, "DATA")) {
-      Expecting(Expect::kData);
-    } else if (EqualsNoCase(line, "STARTTLS")) {
-      Expecting(Expect::kTls);
-    } else if (StartsWithNoCase(line, "AUTH ")) {
-      Expecting(Expect::kAuth);
-    } else {
-      Expecting(Expect::kPlain);
+  services_.display.ShowClientPiece(piece, mask_, dialogue_ && dialogue_->InAuthExchange());
+  if (!dialogue_) return piece;
+  PieceOutput out(piece);
+  size_t at = 0;
+  while (at < piece.size() && !ending_) {
+    switch (clientPart_) {
+      case ClientPart::kCommands:
+        ClientCommands(piece, at, out);
+        break;
+      case ClientPart::kMessage:
+        ClientMessage(piece, at, out);
+        break;
     }
-    from = end + 2;
   }
+  return out.Take();
 }
 
-std::string CChannel::SmtpClient(const Settings& settings) {
-  const std::string& buffer = clientBuffer_.Text();
-  if (intMode == 2) {
-    if (!buffer.ends_with(kTerminator)) return {};  // the mail goes on
-    std::string mail = RewriteMail(TakeClientBuffer(), settings, services_.steps);
-    intMode = 4;
-    Expecting(Expect::kPlain);  // the server's verdict on the mail
-    return mail;
+void CChannel::ClientCommands(std::string& piece, size_t& at, PieceOutput& out) {
+  if (clientLine_.empty() && dialogue_->MessageStarts()) {
+    clientPart_ = ClientPart::kMessage;
+    clientEnd_.Reset();
+    return;
   }
-  if (HasDataLine(buffer)) {
-    intMode = 2;
-  } else if (settings.intFQDN == 1 && intMode == 3) {
-    // The server sees the machine's full name, however the client greeted.
-    TakeClientBuffer();
-    intMode = 1;
-    std::string greeting = "EHLO " + HostFullName() + "\r\n";
-    CountSmtpCommands(greeting);
-    return greeting;
-  } else if (StartsWithNoCase(buffer, "RCPT TO:")) {
-    intMode = 0;
+  const size_t end = piece.find('\n', at);
+  const size_t next = end == std::string::npos ? piece.size() : end + 1;
+  const bool joined = !clientLine_.empty() || end == std::string::npos;
+  if (joined) clientLine_.append(piece, at, next - at);
+  const size_t length = joined ? clientLine_.size() : next - at;
+  if (length > limits_.longestCommandLine) {
+    return End("a command line longer than " + std::to_string(limits_.longestCommandLine) +
+                   " bytes (BRINDLE_MAX_COMMAND_LINE)",
+               dialogue_->LineTooLongAnswer());
   }
-  std::string commands = TakeClientBuffer();
-  CountSmtpCommands(commands);
-  return commands;
+  at = next;
+  if (end == std::string::npos) return;  // the line goes on in the next piece
+
+  const std::string_view line = joined ? std::string_view(clientLine_)
+                                       : std::string_view(piece).substr(next - length, length);
+  std::string replaced;
+  if (dialogue_->OnCommand(line, replaced)) {
+    out.Add(std::move(replaced));
+  } else if (joined) {
+    out.Add(std::move(clientLine_));
+  } else {
+    out.Pass(next - length, next);
+  }
+  clientLine_.clear();
+}
+
+void CChannel::ClientMessage(std::string& piece, size_t& at, PieceOutput& out) {
+  const std::string_view rest = std::string_view(piece).substr(at);
+  const size_t found = clientEnd_.Find(rest);
+  const size_t stop = found == std::string_view::npos ? piece.size() : at + found;
+  if (clientOversize_) {
+    out.Pass(at, stop);
+  } else {
+    Hold(clientBuffer_, clientOversize_, rest.substr(0, stop - at), out, "a message to send");
+  }
+  at = stop;
+  if (found == std::string_view::npos) return;  // the message goes on
+  if (!clientOversize_) {
+    auto settings = services_.settings.Current();
+    out.Add(dialogue_->Rewrite(clientBuffer_.Take(), *settings, services_.steps));
+  }
+  clientOversize_ = false;
+  clientPart_ = ClientPart::kCommands;
+  dialogue_->MessageEnded();
 }
 
 }  // namespace brindle

@@ -77,6 +77,9 @@ void ChannelPair::ConnectTo(const tcp::resolver::results_type& endpoints) {
                       [self = shared_from_this()](std::error_code ec, const tcp::endpoint&) {
                         if (ec) return self->Ended("server connect", ec);
                         if (!self->RouteIsTheCompanions()) return self->Ended("route check", {});
+                        std::error_code ignored;
+                        const auto local = self->server_.local_endpoint(ignored);
+                        if (!ignored) self->channel_.ServerConnected(local.address().to_string());
                         self->NoDelay();
                         self->Pump(self->down_);
                         self->Pump(self->up_);
@@ -129,6 +132,7 @@ void ChannelPair::Forward(Direction& d, size_t n) {
                  (d.fromClient ? "client" : "server") + " data not processed: " + e.what());
     return Ended("data", {});
   }
+  if (channel_.Ending()) return SayFarewell();
   if (d.out.empty()) return Pump(d);
   if (d.fromClient) {  // the server's answer is due within its limit of the client's last byte
     serverOwes_ = lastActivity_;
@@ -179,6 +183,19 @@ void ChannelPair::Expired() {
     return Ended("idle", {});
   }
   Watch();
+}
+
+// The channel broke a limit: its error answer goes to the client (after
+// anything still being written there), then both sides close.
+void ChannelPair::SayFarewell() {
+  if (closed_ || farewellSent_) return;
+  farewellSent_ = true;
+  farewell_ = channel_.Farewell();
+  // A write to the client still under way would interleave with it.
+  if (farewell_.empty() || !down_.out.empty()) return Ended("limit", {});
+  asio::async_write(
+      client_, asio::buffer(farewell_),
+      [self = shared_from_this()](std::error_code, size_t) { self->Ended("limit", {}); });
 }
 
 void ChannelPair::Ended(const char* what, const std::error_code& ec) {

@@ -83,6 +83,7 @@ class ChannelPair : public std::enable_shared_from_this<ChannelPair> {
   void NoDelay();
   void Pump(Direction& d);
   void Forward(Direction& d, size_t n);
+  void SayFarewell();
   void Ended(const char* what, const std::error_code& ec);
   void Watch();
   void Expired();
@@ -102,6 +103,8 @@ class ChannelPair : public std::enable_shared_from_this<ChannelPair> {
   std::optional<std::chrono::steady_clock::time_point> armedFor_;
   Direction up_;
   Direction down_;
+  std::string farewell_;
+  bool farewellSent_ = false;
   uint64_t fromClientTotal_ = 0;
   uint64_t fromServerTotal_ = 0;
   bool closed_ = false;

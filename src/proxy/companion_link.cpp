@@ -8,6 +8,7 @@
 #include <asio/write.hpp>
 
 #include "core/log.h"
+#include "core/settings.h"
 #include "localnet/control_key.h"
 #include "localnet/peer_owner.h"
 
@@ -124,6 +125,13 @@ void CompanionLink::Probe(std::function<void(bool up)> done) {
 std::string CompanionLink::AddRoute(uint16_t sslPort, std::string_view server, int32_t destPort) {
   return "a:" + std::to_string(sslPort) + ":" + std::string(server) + ":" +
          std::to_string(destPort) + "\r\nEND";
+}
+
+std::string CompanionLink::AddUpgradedRoute(uint16_t sslPort, std::string_view server,
+                                            int32_t destPort, int32_t type) {
+  const char* protocol = type == kTypeNntp ? "nntp" : type == kTypePop3 ? "pop3" : "smtp";
+  return "s:" + std::string(protocol) + ":" + std::to_string(sslPort) + ":" + std::string(server) +
+         ":" + std::to_string(destPort) + "\r\nEND";
 }
 
 std::string CompanionLink::DeleteRoute(uint16_t sslPort) {

@@ -41,6 +41,10 @@ class CompanionLink : public std::enable_shared_from_this<CompanionLink> {
   void Probe(std::function<void(bool up)> done);
 
   static std::string AddRoute(uint16_t sslPort, std::string_view server, int32_t destPort);
+  // A route whose server switches to TLS inside its protocol ("s:"): the
+  // companion speaks the plain opening, then TLS, and keeps the client plain.
+  static std::string AddUpgradedRoute(uint16_t sslPort, std::string_view server, int32_t destPort,
+                                      int32_t type);
   static std::string DeleteRoute(uint16_t sslPort);
   static std::string Quit();
 

@@ -45,6 +45,17 @@ TEST_F(CompanionTest, SslTunnelRegistersRouteAndItsChannelsGoThroughIt) {
   EXPECT_TRUE(proxy_->Tunnels().empty());
 }
 
+TEST_F(CompanionTest, StartTlsTunnelAsksForAnUpgradedRoute) {
+  MakeProxy();
+  TunnelRecord record{"mx.example.org", UnusedPort(io_), 587, true, false, kTypeSmtp, true};
+  int result = -1;
+  CTunnel& tunnel = proxy_->AddTunnel(record, [&](int error) { result = error; });
+  ASSERT_TRUE(RunUntil(io_, [&] { return result == 0; }));
+  EXPECT_THAT(companion_.exchanges,
+              ElementsAre("s:smtp:" + std::to_string(tunnel.srcSSLPort()) +
+                          ":mx.example.org:587\r\nEND"));
+}
+
 TEST_F(CompanionTest, RoutePortsSkipPortsInUseAndPortsPromisedToOtherRoutes) {
   MakeProxy();
   ScriptedServer squatter{io_, "", firstSslPort_};

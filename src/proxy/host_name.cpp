@@ -24,4 +24,9 @@ std::string LookUpHostFullName() {
   return found.begin()->host_name();
 }
 
+std::string EhloName(const std::string& fullName, const std::string& addressLiteral) {
+  if (fullName.find('.') != std::string::npos || addressLiteral.empty()) return fullName;
+  return addressLiteral;
+}
+
 }  // namespace brindle

@@ -15,4 +15,9 @@ std::string HostFullName();
 // The lookup itself, without remembering.
 std::string LookUpHostFullName();
 
+// The name the SMTP greeting carries: EHLO needs a domain, so a full name
+// without a dot gives way to `addressLiteral` ("[192.0.2.1]", "[IPv6:...]"),
+// the local end of the server connection, when that is known.
+std::string EhloName(const std::string& fullName, const std::string& addressLiteral);
+
 }  // namespace brindle

@@ -47,6 +47,14 @@ TEST(MessagePipelineTest, MailFilterAndFailureKeepTheOriginalAndTheCounts) {
   EXPECT_EQ(real.counts.referencesShortened + real.counts.customHeadersInserted, 0u);
 }
 
+// What the display shows of a client stream, piece after piece.
+std::string Shown(const std::vector<std::string>& pieces, bool inAuthExchange = false) {
+  CredentialMask mask;
+  std::string shown;
+  for (const std::string& piece : pieces) shown += mask.Mask(piece, inAuthExchange);
+  return shown;
+}
+
 TEST(MessagePipelineTest, RecordNamesTheStepsThatChangedTheText) {
   Settings s;
   s.intCharFiltering = 1;
@@ -86,15 +94,43 @@ TEST(MessagePipelineTest, RecordNamesTheStepsThatChangedTheText) {
 }
 
 TEST(TransferDisplayTest, CredentialsAreMaskedOnEveryLineOfAPiece) {
-  EXPECT_EQ(MaskClientPiece("authinfo pass x y z\r\n", false), "authinfo pass ********");
-  EXPECT_EQ(MaskClientPiece("USER joe\r\nPASS pw\r\nSTAT\r\n", false),
-            "USER joe\r\nPASS ********\r\nSTAT\r\n");
-  EXPECT_EQ(MaskClientPiece("EHLO x\r\nAUTH PLAIN AGpvZQ==\r\n", false),
-            "EHLO x\r\nAUTH PLAIN ********\r\n");
-  EXPECT_EQ(MaskClientPiece("AUTH LOGIN\r\n", false), "AUTH LOGIN\r\n");
-  EXPECT_EQ(MaskClientPiece("am9l\r\n", true), "********\r\n");
-  EXPECT_EQ(MaskClientPiece(std::string(5000, 'a'), false).size(),
-            TransferDisplay::kClientPieceLimit);
+  EXPECT_EQ(Shown({"authinfo pass x y z\r\n"}), "authinfo pass ********");
+  EXPECT_EQ(Shown({"USER joe\r\nPASS pw\r\nSTAT\r\n"}), "USER joe\r\nPASS ********\r\nSTAT\r\n");
+  EXPECT_EQ(Shown({"EHLO x\r\nAUTH PLAIN AGpvZQ==\r\n"}), "EHLO x\r\nAUTH PLAIN ********\r\n");
+  EXPECT_EQ(Shown({"AUTH LOGIN\r\n"}), "AUTH LOGIN\r\n");
+  EXPECT_EQ(Shown({"am9l\r\n"}, true), "********\r\n");
+  EXPECT_EQ(Shown({std::string(5000, 'a')}).size(), TransferDisplay::kClientPieceLimit);
+}
+
+TEST(TransferDisplayTest, ACredentialLineSplitAnywhereNeverShowsItsSecret) {
+  const std::vector<std::pair<std::string, std::string>> lines = {
+      {"AUTHINFO PASS s3cret\r\n", "s3cret"}, {"AUTHINFO USER s3cret\r\n", "s3cret"},
+      {"PASS s3cret\r\n", "s3cret"},          {"pass s3cret\r\n", "s3cret"},
+      {"AUTH PLAIN s3cret\r\n", "s3cret"},
+  };
+  for (const auto& [line, secret] : lines) {
+    const std::string whole = Shown({"NOOP\r\n" + line});
+    for (size_t a = 1; a < line.size(); ++a) {
+      for (size_t b = a; b < line.size(); ++b) {
+        SCOPED_TRACE(line + " split at " + std::to_string(a) + "," + std::to_string(b));
+        CredentialMask mask;
+        std::string shown = mask.Mask("NOOP\r\n" + line.substr(0, a), false);
+        for (const std::string& piece :
+             std::vector<std::string>{line.substr(a, b - a), line.substr(b)}) {
+          const std::string part = mask.Mask(piece, false);
+          EXPECT_EQ(part.find(secret.substr(1)), std::string::npos) << part;
+          shown += part;
+        }
+        EXPECT_EQ(shown.find(secret), std::string::npos);
+        EXPECT_EQ(shown, whole);
+      }
+    }
+  }
+  // The display off: the line state is still followed, so a secret line
+  // that began unshown stays hidden once the display is on.
+  CredentialMask mask;
+  mask.Mask("USER joe\r\nPAS", false, false);
+  EXPECT_EQ(mask.Mask("S s3cret\r\nSTAT\r\n", false), "S ********\r\nSTAT\r\n");
 }
 
 }  // namespace

@@ -69,7 +69,7 @@ TEST_F(Pop3Test, RefusedRetrGoesToTheClientAtOnceAndEndsCollecting) {
   EXPECT_THAT(steps_.calls, IsEmpty());
 }
 
-TEST_F(Pop3Test, FailingFilterPassesTheMessageUnchangedAndLogsIt) {
+TEST_F(Pop3Test, FailingFilterPassesTheMessageOnWholeAndLogsIt) {
   log::Capture log;
   steps_.failIn = "FixBoundary";
   Feed(d_.client, "RETR 1\r\n");

@@ -66,6 +66,7 @@ CTunnel& Proxy::AddTunnel(const TunnelRecord& record, std::function<void(int err
   tunnel->DestPort = record.DestPort;
   tunnel->AutoStart = record.AutoStart;
   tunnel->SSL = record.SSL;
+  tunnel->StartTLS = record.StartTLS;
   tunnel->tType(record.tType);
   CTunnel& added = *tunnel;
   impl_->tunnels.push_back(std::move(tunnel));

@@ -186,40 +186,40 @@ class RecordingSteps : public MessageSteps {
   std::vector<std::string> calls;
   std::string failIn;
 
-  std::string AppendSignature(std::string t, const Settings&) override {
-    return Mark(std::move(t), "AppendSignature");
+  std::string AppendSignature(std::string&& t, const Settings&) override {
+    return Mark(t, "AppendSignature");
   }
-  std::string CutReferences(std::string t, int limit) override {
-    return Mark(std::move(t), "CutReferences" + std::to_string(limit));
+  std::string CutReferences(std::string&& t, int limit) override {
+    return Mark(t, "CutReferences" + std::to_string(limit));
   }
-  std::string ChangeNewsHeaders(std::string t, const Settings&) override {
-    return Mark(std::move(t), "ChangeNewsHeaders");
+  std::string ChangeNewsHeaders(std::string&& t, const Settings&) override {
+    return Mark(t, "ChangeNewsHeaders");
   }
-  std::string InsertNewsCustomHeaders(std::string t, const Settings&) override {
-    return Mark(std::move(t), "InsertNewsCustomHeaders");
+  std::string InsertNewsCustomHeaders(std::string&& t, const Settings&) override {
+    return Mark(t, "InsertNewsCustomHeaders");
   }
-  std::string ChangeMailHeaders(std::string t, const Settings&) override {
-    return Mark(std::move(t), "ChangeMailHeaders");
+  std::string ChangeMailHeaders(std::string&& t, const Settings&) override {
+    return Mark(t, "ChangeMailHeaders");
   }
-  std::string InsertMailCustomHeaders(std::string t, const Settings&) override {
-    return Mark(std::move(t), "InsertMailCustomHeaders");
+  std::string InsertMailCustomHeaders(std::string&& t, const Settings&) override {
+    return Mark(t, "InsertMailCustomHeaders");
   }
-  std::string FilterBegin(std::string t) override { return Mark(std::move(t), "FilterBegin"); }
-  std::string FilterChars(std::string t, int16_t mode) override {
-    return Mark(std::move(t), "FilterChars" + std::to_string(mode));
+  std::string FilterBegin(std::string&& t) override { return Mark(t, "FilterBegin"); }
+  std::string FilterChars(std::string&& t, int16_t mode) override {
+    return Mark(t, "FilterChars" + std::to_string(mode));
   }
-  std::string MarkAsianSpam(std::string t, int16_t percentage, int16_t minimum) override {
-    return Mark(std::move(t),
-                "MarkAsianSpam" + std::to_string(percentage) + "/" + std::to_string(minimum));
+  std::string MarkAsianSpam(std::string&& t, int16_t percentage, int16_t minimum) override {
+    return Mark(t, "MarkAsianSpam" + std::to_string(percentage) + "/" + std::to_string(minimum));
   }
-  std::string FixBoundary(std::string t) override { return Mark(std::move(t), "FixBoundary"); }
+  std::string FixBoundary(std::string&& t) override { return Mark(t, "FixBoundary"); }
 
  private:
-  std::string Mark(std::string text, const std::string& name) {
+  std::string Mark(std::string& text, const std::string& name) {
     calls.push_back(name);
     if (name == failIn) throw std::bad_alloc();
     size_t at = text.ends_with("\r\n.\r\n") ? text.size() - 5 : text.size();
-    return text.insert(at, "{" + name + "}");
+    text.insert(at, "{" + name + "}");
+    return std::move(text);
   }
 };
 

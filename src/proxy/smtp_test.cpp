@@ -41,9 +41,6 @@ TEST_F(SmtpTest, PipelinedMailIsRewrittenOnceAfterItsGoAhead) {
       kMail.substr(0, kMail.size() - 5) + "{ChangeMailHeaders}{InsertMailCustomHeaders}\r\n.\r\n";
   ASSERT_TRUE(Receives(d_.server, "EHLO pc\r\n" + commands + rewritten));
   EXPECT_THAT(steps_.calls, ElementsAre("ChangeMailHeaders", "InsertMailCustomHeaders"));
-  // Server answers are never held.
-  d_.server->Send("25");
-  EXPECT_TRUE(RunUntil(io_, [&] { return d_.client->received.ends_with("354 go ahead\r\n25"); }));
 }
 
 TEST_F(SmtpTest, RefusedDataLeavesCollectingSoTheNextCommandIsRelayed) {
@@ -61,7 +58,9 @@ TEST_F(SmtpTest, FirstCommandBecomesEhloWithTheFullHostName) {
   Feed(d_.client, "HELO whatever\r\n");
   Feed(d_.server, "250 hello\r\n");
   Feed(d_.client, "HELO again\r\n");  // only the first command is replaced
-  EXPECT_TRUE(Receives(d_.server, "EHLO " + HostFullName() + "\r\nHELO again\r\n"));
+  // A host name without a domain gives way to the connection's own address.
+  EXPECT_TRUE(Receives(d_.server,
+                       "EHLO " + EhloName(HostFullName(), "[127.0.0.1]") + "\r\nHELO again\r\n"));
 }
 
 TEST_F(SmtpTest, AuthExchangeNeverShowsOrLogsCredentials) {

@@ -9,52 +9,120 @@ namespace {
 constexpr std::string_view kHidden = " ********";
 constexpr size_t kAuthInfoShown = 13;  // "AUTHINFO PASS" / "AUTHINFO USER"
 
-// One client line (without its line end) as it may be shown.
-std::string MaskLine(std::string_view line, bool inAuthExchange) {
-  if (StartsWithNoCase(line, "AUTHINFO")) {
-    return std::string(line.substr(0, kAuthInfoShown)).append(kHidden);
-  }
-  if (StartsWithNoCase(line, "PASS ")) return std::string("PASS").append(kHidden);
-  if (StartsWithNoCase(line, "AUTH ")) {
-    // "AUTH PLAIN <initial response>": the mechanism stays, the response goes.
-    size_t end = line.find(' ', 5);
-    if (end == std::string_view::npos) return std::string(line);
-    return std::string(line.substr(0, end)).append(kHidden);
-  }
-  if (inAuthExchange && !line.empty()) return std::string(kHidden.substr(1));
-  return std::string(line);
-}
-
 }  // namespace
 
-std::string MaskClientPiece(std::string_view piece, bool inAuthExchange) {
-  // The classic form: a piece that starts with AUTHINFO shows as its command
-  // part and the mask, nothing more.
-  if (StartsWithNoCase(piece, "AUTHINFO")) {
-    return std::string(piece.substr(0, kAuthInfoShown)).append(kHidden);
+std::string CredentialMask::Mask(std::string_view piece, bool inAuthExchange, bool produce) {
+  std::string out;
+  if (!produce) {
+    // Every line end starts a fresh line whatever came before, so only the
+    // text after the last one needs following.
+    const size_t last = piece.rfind('\n');
+    if (last != std::string_view::npos) {
+      state_ = Line::kStart;
+      piece.remove_prefix(last + 1);
+    }
   }
-  std::string shown;
-  size_t from = 0;
-  while (from < piece.size() && shown.size() <= TransferDisplay::kClientPieceLimit) {
-    size_t end = piece.find('\n', from);
-    size_t next = end == std::string_view::npos ? piece.size() : end + 1;
-    std::string_view whole = piece.substr(from, next - from);
-    std::string_view line = whole;
-    while (!line.empty() && (line.back() == '\n' || line.back() == '\r')) line.remove_suffix(1);
-    shown.append(MaskLine(line, inAuthExchange)).append(whole.substr(line.size()));
-    from = next;
+  auto emit = [&](std::string_view text) {
+    if (produce && out.size() < TransferDisplay::kClientPieceLimit) out.append(text);
+  };
+  size_t i = 0;
+  while (i < piece.size()) {
+    const char c = piece[i];
+    switch (state_) {
+      case Line::kStart:
+        head_.clear();
+        if (inAuthExchange && c != '\r' && c != '\n') {
+          emit(kHidden.substr(1));
+          lineEndShown_ = true;
+          state_ = Line::kHidden;
+        } else {
+          state_ = Line::kHead;
+        }
+        break;
+      case Line::kHead:
+        head_ += c;
+        ++i;
+        if (EqualsNoCase(head_, "PASS ")) {
+          emit(kHidden);  // the space comes with the mask
+          lineEndShown_ = true;
+          state_ = Line::kHidden;
+          break;
+        }
+        emit({&c, 1});
+        if (EqualsNoCase(head_, "AUTHINFO")) {
+          showLeft_ = kAuthInfoShown - head_.size();
+          state_ = Line::kShowN;
+        } else if (EqualsNoCase(head_, "AUTH ")) {
+          state_ = Line::kMech;
+        } else if (c == '\n') {
+          state_ = Line::kStart;
+        } else if (!StartsWithNoCase("AUTHINFO", head_) && !StartsWithNoCase("PASS ", head_)) {
+          state_ = Line::kPlain;
+        }
+        break;
+      case Line::kPlain: {
+        const size_t end = piece.find('\n', i);
+        const size_t next = end == std::string_view::npos ? piece.size() : end + 1;
+        emit(piece.substr(i, next - i));
+        i = next;
+        if (end != std::string_view::npos) state_ = Line::kStart;
+        break;
+      }
+      case Line::kShowN:
+        if (c == '\n') {
+          emit({&c, 1});
+          ++i;
+          state_ = Line::kStart;
+        } else if (showLeft_ == 0) {
+          emit(kHidden);
+          lineEndShown_ = false;  // the classic form: nothing after the mask
+          state_ = Line::kHidden;
+        } else {
+          emit({&c, 1});
+          --showLeft_;
+          ++i;
+        }
+        break;
+      case Line::kMech:
+        if (c == ' ') {
+          emit(kHidden);
+          lineEndShown_ = true;
+          state_ = Line::kHidden;
+          ++i;
+        } else if (c == '\r' || c == '\n') {
+          state_ = Line::kPlain;
+        } else {
+          emit({&c, 1});
+          ++i;
+        }
+        break;
+      case Line::kHidden: {
+        const size_t end = piece.find('\n', i);
+        if (end == std::string_view::npos) {
+          i = piece.size();
+        } else {
+          if (lineEndShown_) emit("\r\n");
+          i = end + 1;
+          state_ = Line::kStart;
+        }
+        break;
+      }
+    }
   }
-  if (shown.size() > TransferDisplay::kClientPieceLimit)
-    shown.resize(TransferDisplay::kClientPieceLimit);
-  return shown;
+  if (out.size() > TransferDisplay::kClientPieceLimit)
+    out.resize(TransferDisplay::kClientPieceLimit);
+  return out;
 }
 
 bool TransferDisplay::Wanted() const {
   return enabled_ || log::Enabled(log::Level::kDebug);
 }
 
-void TransferDisplay::ShowClientPiece(std::string_view piece, bool inAuthExchange) {
-  if (Wanted()) Show(MaskClientPiece(piece, inAuthExchange));
+void TransferDisplay::ShowClientPiece(std::string_view piece, CredentialMask& mask,
+                                      bool inAuthExchange) {
+  const bool wanted = Wanted();
+  std::string shown = mask.Mask(piece, inAuthExchange, wanted);
+  if (wanted) Show(std::move(shown));
 }
 
 void TransferDisplay::ShowServerPiece(std::string_view piece) {

@@ -3,7 +3,8 @@
 // channels ("Current connections"). Both also go to the log at debug level.
 // Credentials never get here in clear: AUTHINFO lines keep only their first
 // 13 characters, POP3 PASS and SMTP/POP3 AUTH lines lose their secret, and
-// the client's answers inside an authentication exchange are hidden whole.
+// the client's answers inside an authentication exchange are hidden whole,
+// however the client splits such a line into pieces (CredentialMask).
 #pragma once
 
 #include <cstddef>
@@ -13,6 +14,31 @@
 #include <string_view>
 
 namespace brindle {
+
+// Follows one channel's client stream line by line, across pieces, and
+// gives each piece as it may be shown.
+class CredentialMask {
+ public:
+  // `inAuthExchange`: the server has asked the client for credentials, so a
+  // line that starts now is an answer to hide. With `produce` false only the
+  // line state is followed (nothing is shown or logged), at memchr speed.
+  std::string Mask(std::string_view piece, bool inAuthExchange, bool produce = true);
+
+ private:
+  enum class Line : uint8_t {
+    kStart,   // nothing of the line seen yet
+    kHead,    // its first bytes may still become a credential command
+    kPlain,   // shown as it is
+    kShowN,   // AUTHINFO: the command part is still shown, then the mask
+    kMech,    // AUTH: the mechanism is shown, then the mask
+    kHidden,  // the rest of the line is hidden
+  };
+
+  Line state_ = Line::kStart;
+  std::string head_;
+  size_t showLeft_ = 0;
+  bool lineEndShown_ = true;
+};
 
 class TransferDisplay {
  public:
@@ -31,7 +57,7 @@ class TransferDisplay {
   bool Wanted() const;
 
   // `inAuthExchange`: the server has asked the client for credentials.
-  void ShowClientPiece(std::string_view piece, bool inAuthExchange);
+  void ShowClientPiece(std::string_view piece, CredentialMask& mask, bool inAuthExchange);
   void ShowServerPiece(std::string_view piece);
   void ShowConnections(size_t count);
 
@@ -49,8 +75,5 @@ class TransferDisplay {
   size_t connections_ = 0;
   uint64_t pieces_ = 0;
 };
-
-// The client piece as it may be shown.
-std::string MaskClientPiece(std::string_view piece, bool inAuthExchange);
 
 }  // namespace brindle

@@ -37,13 +37,13 @@ int CTunnel::start(std::function<void(int)> done) {
   startError_ = error;
   if (error == 0) {
     blnRunning_ = true;
-    // An SSL tunnel accepts once the companion listens on the route's port,
+    // A tunnel through the companion accepts once it listens on the route's port,
     // so that no channel is aimed at a port nobody holds yet.
-    if (!SSL) ArmAccept();
+    if (!ThroughCompanion()) ArmAccept();
   } else {
     ShowStartError(error, ec);
   }
-  if (!SSL) {
+  if (!ThroughCompanion()) {
     if (done) asio::post(services_.io, [done, error] { done(error); });
     return error;
   }
@@ -58,7 +58,7 @@ int CTunnel::start(std::function<void(int)> done) {
 }
 
 void CTunnel::RestoreRoute(std::function<void()> done) {
-  if (!SSL || !blnRunning_) {
+  if (!ThroughCompanion() || !blnRunning_) {
     if (done) asio::post(services_.io, std::move(done));
     return;
   }
@@ -70,7 +70,9 @@ void CTunnel::RegisterRoute(int attemptsLeft, std::function<void()> done) {
   const uint64_t generation = generation_;
   const uint16_t port = srcSSLPort_;
   services_.companion->Send(
-      CompanionLink::AddRoute(port, Server, DestPort), CompanionLink::kRouteConnectLimit,
+      SSL ? CompanionLink::AddRoute(port, Server, DestPort)
+          : CompanionLink::AddUpgradedRoute(port, Server, DestPort, tType_),
+      CompanionLink::kRouteConnectLimit,
       [this, alive, generation, port, attemptsLeft, done](bool, const std::string& answer) {
         if (alive.expired() || generation != generation_ || port != srcSSLPort_) {
           if (done) done();
@@ -148,7 +150,7 @@ void CTunnel::StopServer(std::function<void()> done) {
     services_.routePorts.Release(srcSSLPort_);
     routeClaimed_ = false;
   }
-  if (!SSL) {
+  if (!ThroughCompanion()) {
     if (done) asio::post(services_.io, std::move(done));
     return;
   }
@@ -162,7 +164,7 @@ ChannelTarget CTunnel::Target() const {
   static const char* const kProtocol[] = {"NNTP", "POP3", "SMTP"};
   std::string name = tType_ >= kTypeNntp && tType_ <= kTypeSmtp ? kProtocol[tType_] : "?";
   name += " " + std::to_string(SrcPort) + " " + Server;
-  if (SSL) return {tType_, "127.0.0.1", srcSSLPort_, std::move(name), traffic_, true};
+  if (ThroughCompanion()) return {tType_, "127.0.0.1", srcSSLPort_, std::move(name), traffic_, true};
   return {tType_, Server, static_cast<uint16_t>(DestPort), std::move(name), traffic_, false};
 }
 

@@ -47,6 +47,7 @@ class CTunnel {
   int32_t DestPort = 0;
   bool AutoStart = false;
   bool SSL = false;
+  bool StartTLS = false;  // the companion upgrades the server leg (SSL wins when both are set)
 
   int32_t tType() const { return tType_; }
   void tType(int32_t value) {
@@ -77,6 +78,7 @@ class CTunnel {
   void ArmAccept();
   void Accepted(std::error_code ec, asio::ip::tcp::socket client);
   ChannelTarget Target() const;
+  bool ThroughCompanion() const { return SSL || StartTLS; }
 
   TunnelServices services_;
   std::unique_ptr<asio::ip::tcp::acceptor> acceptor_;

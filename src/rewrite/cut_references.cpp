@@ -41,7 +41,7 @@ std::optional<std::string> ShortenReferencesLine(std::string_view line, long lim
 
 }  // namespace
 
-std::string CutReferences(std::string text, int limit) {
+std::string CutReferences(std::string&& text, int limit) {
   // Only a References header at the start of a line counts.
   size_t lineBreak = text.find("\r\nReferences: ");
   if (lineBreak == std::string::npos) {

@@ -67,7 +67,7 @@ TEST(CutReferences, LinesThatCannotBeShortenedAreLeftAlone) {
   };
   for (const auto& c : cases) {
     log::Capture log;
-    EXPECT_EQ(CutReferences(c.text, c.limit), c.text);
+    EXPECT_EQ(CutReferences(std::string(c.text), c.limit), c.text);
     EXPECT_NE(log.Text(), "") << c.text;
   }
 }

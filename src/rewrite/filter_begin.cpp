@@ -69,7 +69,7 @@ bool IsBroken(std::string_view text, size_t p, UuencodeEndLines& endLines, size_
 
 }  // namespace
 
-std::string FilterBegin(std::string text) {
+std::string FilterBegin(std::string&& text) {
   std::vector<size_t> beginLines;
   try {
     beginLines = FindBeginLines(text);

@@ -79,7 +79,7 @@ bool HasFilteredControls(std::string_view text) {
                      [](char c) { return IsFilteredControl(static_cast<unsigned char>(c)); });
 }
 
-std::string FilterChars(std::string text, int16_t charFiltering) {
+std::string FilterChars(std::string&& text, int16_t charFiltering) {
   if (charFiltering == 1) {
     BlankControls(text);
     return text;

@@ -58,7 +58,7 @@ size_t FindFirstPartHeader(const std::string& text, size_t contentType) {
 
 }  // namespace
 
-std::string FixBoundary(std::string text) {
+std::string FixBoundary(std::string&& text) {
   try {
     const size_t contentType = text.find(kContentType);
     if (contentType == std::string::npos || !RelabelLine(text, contentType)) return text;

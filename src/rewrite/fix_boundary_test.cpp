@@ -53,7 +53,7 @@ TEST(FixBoundary, SignedArticleWithFoldedBoundary) {
   EXPECT_EQ(FixBoundary(SignedArticle("multipart/mixed", "multipart/signed")),
             SignedArticle("multipart/mixed", "multipart/mixed"));
   const std::string plain = SignedArticle("multipart/alternative", "text/html");
-  EXPECT_EQ(FixBoundary(plain), plain);
+  EXPECT_EQ(FixBoundary(std::string(plain)), plain);
 }
 
 struct BoundaryCase {
@@ -69,7 +69,7 @@ void PrintTo(const BoundaryCase& c, std::ostream* os) {
 class FixBoundarySteps : public testing::TestWithParam<BoundaryCase> {};
 
 TEST_P(FixBoundarySteps, EndsWithTheTextAsChangedSoFar) {
-  EXPECT_EQ(FixBoundary(GetParam().in), GetParam().out);
+  EXPECT_EQ(FixBoundary(std::string(GetParam().in)), GetParam().out);
 }
 
 const std::string kSigned = "Content-Type: multipart/signed; boundary=";

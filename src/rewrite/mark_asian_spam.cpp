@@ -27,7 +27,7 @@ bool LooksAsian(std::string_view subject, int16_t afPercentage, int16_t afMin) {
 
 }  // namespace
 
-std::string MarkAsianSpam(std::string text, int16_t afPercentage, int16_t afMin) {
+std::string MarkAsianSpam(std::string&& text, int16_t afPercentage, int16_t afMin) {
   // The first "Subject: " anywhere in the text counts, header or not.
   const size_t subject = text.find(kSubject);
   if (subject == std::string::npos) return text;

@@ -43,7 +43,7 @@ TEST_P(MarkAsianSpamShare, MarksOnlyWhenAComparisonHoldsStrictly) {
   const ShareCase& c = GetParam();
   const std::string subject = Subject(c.length, c.high);
   const std::string in = Mail("Subject: " + subject);
-  const std::string out = MarkAsianSpam(in, c.percentage, c.min);
+  const std::string out = MarkAsianSpam(std::string(in), c.percentage, c.min);
   EXPECT_EQ(out, c.marked ? Mail("Subject: [SPAM] " + subject) : in);
 }
 
@@ -79,16 +79,18 @@ TEST(MarkAsianSpam, EmptyOrMissingSubjectIsLeftAlone) {
 
 TEST(MarkAsianSpam, MarkedSubjectIsMarkedAgain) {
   const std::string once = MarkAsianSpam(Mail("Subject: \xb0\xb0\xb0\xb0"), 10, 0);
-  EXPECT_EQ(MarkAsianSpam(once, 10, 0), Mail("Subject: [SPAM] [SPAM] \xb0\xb0\xb0\xb0"));
+  EXPECT_EQ(MarkAsianSpam(std::string(once), 10, 0),
+            Mail("Subject: [SPAM] [SPAM] \xb0\xb0\xb0\xb0"));
 }
 
 TEST(MarkAsianSpam, FirstSubjectAnywhereCounts) {
   // "X-Original-Subject: " contains "Subject: " and comes first.
   const std::string in = Mail("X-Original-Subject: \xb0\xb0\r\nSubject: plain");
-  EXPECT_EQ(MarkAsianSpam(in, 10, 0),
+  EXPECT_EQ(MarkAsianSpam(std::string(in), 10, 0),
             Mail("X-Original-Subject: [SPAM] \xb0\xb0\r\nSubject: plain"));
   const std::string inBody = "+OK\r\nFrom: a\r\n\r\nSubject: \xb0\r\n.\r\n";
-  EXPECT_EQ(MarkAsianSpam(inBody, 10, 0), "+OK\r\nFrom: a\r\n\r\nSubject: [SPAM] \xb0\r\n.\r\n");
+  EXPECT_EQ(MarkAsianSpam(std::string(inBody), 10, 0),
+            "+OK\r\nFrom: a\r\n\r\nSubject: [SPAM] \xb0\r\n.\r\n");
 }
 
 }  // namespace

@@ -17,7 +17,7 @@ enum class Match { kExact, kAnyCase };
 // Without the header, or without a line end after it, the text goes out as it
 // came: splicing anyway would overwrite the start of a message from a client
 // that writes no such header.
-std::string ReplaceHeaderValue(std::string text, std::string_view header, std::string_view value,
+std::string ReplaceHeaderValue(std::string&& text, std::string_view header, std::string_view value,
                                Match match, std::string_view step) {
   size_t found = match == Match::kExact ? text.find(header) : FindNoCase(text, header);
   if (found == std::string::npos) {
@@ -51,7 +51,7 @@ size_t CustomHeaderPosition(const SplicedText& text, const CustomHeader& entry) 
   return lineEnd == std::string::npos ? lineEnd : lineEnd + kCrLf.size();
 }
 
-std::string InsertCustomHeaders(std::string text,
+std::string InsertCustomHeaders(std::string&& text,
                                 const std::array<CustomHeader, kCustomHeaderCount>& table,
                                 std::string_view step) {
   SplicedText spliced(text);
@@ -73,7 +73,7 @@ std::string InsertCustomHeaders(std::string text,
 
 }  // namespace
 
-std::string ChangeNewsHeaders(std::string text, const Settings& settings) {
+std::string ChangeNewsHeaders(std::string&& text, const Settings& settings) {
   if (settings.intXNewsreader == 1) {
     text = ReplaceHeaderValue(std::move(text), "X-Newsreader: ", settings.strXNewsreader,
                               Match::kExact, "news headers");
@@ -85,7 +85,7 @@ std::string ChangeNewsHeaders(std::string text, const Settings& settings) {
   return text;
 }
 
-std::string ChangeMailHeaders(std::string text, const Settings& settings) {
+std::string ChangeMailHeaders(std::string&& text, const Settings& settings) {
   // The mail X-Mailer follows the news switch; intXMailer only records the
   // mail page's check box. Users' configurations rely on this pairing.
   if (settings.intXNewsreader == 1) {
@@ -99,11 +99,11 @@ std::string ChangeMailHeaders(std::string text, const Settings& settings) {
   return text;
 }
 
-std::string InsertNewsCustomHeaders(std::string text, const Settings& settings) {
+std::string InsertNewsCustomHeaders(std::string&& text, const Settings& settings) {
   return InsertCustomHeaders(std::move(text), settings.newsHeaders, "news custom headers");
 }
 
-std::string InsertMailCustomHeaders(std::string text, const Settings& settings) {
+std::string InsertMailCustomHeaders(std::string&& text, const Settings& settings) {
   return InsertCustomHeaders(std::move(text), settings.mailHeaders, "mail custom headers");
 }
 

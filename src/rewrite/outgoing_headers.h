@@ -14,14 +14,14 @@
 namespace brindle {
 
 // X-Newsreader (when intXNewsreader) and X-MimeOLE (when intXMimeOLE).
-std::string ChangeNewsHeaders(std::string text, const Settings& settings);
+std::string ChangeNewsHeaders(std::string&& text, const Settings& settings);
 // X-Mailer (when intXNewsreader: the news switch, deliberately) and
 // X-MimeOLE (when intXMimeOLEMail).
-std::string ChangeMailHeaders(std::string text, const Settings& settings);
-std::string InsertNewsCustomHeaders(std::string text, const Settings& settings);
-std::string InsertMailCustomHeaders(std::string text, const Settings& settings);
+std::string ChangeMailHeaders(std::string&& text, const Settings& settings);
+std::string InsertNewsCustomHeaders(std::string&& text, const Settings& settings);
+std::string InsertMailCustomHeaders(std::string&& text, const Settings& settings);
 // Drops the second message id per pass until the References line is at most
 // `limit` characters; the first id always stays.
-std::string CutReferences(std::string text, int limit);
+std::string CutReferences(std::string&& text, int limit);
 
 }  // namespace brindle

@@ -52,7 +52,10 @@ TEST(ChangeHeaders, SwitchesValuesAndCase) {
     s.strXNewsreader = "N";
     s.strXMimeOLE = "\xB9";
     s.strXMailer = "M";
-    EXPECT_EQ(c.isMail ? ChangeMailHeaders(c.in, s) : ChangeNewsHeaders(c.in, s), c.out) << c.name;
+    EXPECT_EQ(c.isMail ? ChangeMailHeaders(std::string(c.in), s)
+                       : ChangeNewsHeaders(std::string(c.in), s),
+              c.out)
+        << c.name;
   }
 }
 
@@ -62,8 +65,8 @@ TEST(ChangeHeaders, MessageWithoutThemIsLeftWhole) {
   Settings s;
   s.intXNewsreader = s.intXMimeOLE = s.intXMimeOLEMail = 1;
   log::Capture log;
-  EXPECT_EQ(ChangeNewsHeaders(post, s), post);
-  EXPECT_EQ(ChangeMailHeaders(post, s), post);
+  EXPECT_EQ(ChangeNewsHeaders(std::string(post), s), post);
+  EXPECT_EQ(ChangeMailHeaders(std::string(post), s), post);
   EXPECT_TRUE(log.Contains("X-Mailer")) << log.Text();
 }
 
@@ -79,10 +82,10 @@ TEST(InsertCustomHeaders, AnchorsAndTableOrder) {
   s.newsHeaders[7] = {"X-Child", "X-One", "5"};       // anchored on an inserted header
   s.newsHeaders[9] = {"X-Lost", "Organization", ""};  // absent anchor: after line one
   s.newsHeaders[49] = {"X-End", "X-Last2", "6"};
-  EXPECT_EQ(InsertNewsCustomHeaders(post, s),
+  EXPECT_EQ(InsertNewsCustomHeaders(std::string(post), s),
             "From: a <a@b.c>\r\nX-Lost: \r\nSubject: hi\r\nX-Two: 2\r\nX-One: 1\r\nX-Child: 5\r\n"
             "Date: today\r\nX-Last1: 3\r\nX-Last2: 4\r\nX-End: 6\r\n\r\nSubject: quoted\r\n.\r\n");
-  EXPECT_EQ(InsertMailCustomHeaders(post, s), post);
+  EXPECT_EQ(InsertMailCustomHeaders(std::string(post), s), post);
 
   log::Capture log;  // nowhere to put an entry without anchor
   EXPECT_EQ(InsertNewsCustomHeaders("Subject: x", s), "Subject: x");
@@ -98,7 +101,7 @@ TEST(InsertCustomHeaders, FirstOccurrenceAnywhereWinsEvenInTheBody) {
   s.mailHeaders[0] = {"X-Anchored", "Subject", "a"};
   s.mailHeaders[1] = {"X-Plain", "", "b"};
   s.mailHeaders[2] = {"X-After", "X-Anchored", "c"};
-  EXPECT_EQ(InsertMailCustomHeaders(mail, s),
+  EXPECT_EQ(InsertMailCustomHeaders(std::string(mail), s),
             "From: a <a@b.c>\r\nTo: b@c.d\r\nX-Plain: b\r\n\r\n" + body +
                 "Subject: in the body\r\nX-Anchored: a\r\nX-After: c\r\nend\r\n.\r\n");
 }

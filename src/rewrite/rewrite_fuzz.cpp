@@ -71,7 +71,7 @@ bool IsControl(unsigned char c) {
 }
 
 void CheckFilterChars(const std::string& in, int16_t mode) {
-  const std::string out = FilterChars(in, mode);
+  const std::string out = FilterChars(std::string(in), mode);
   if (mode == 1) {
     Require(out.size() == in.size(), "FilterChars mode 1 keeps the length");
     for (size_t i = 0; i < in.size(); ++i) {
@@ -89,7 +89,7 @@ void CheckFilterChars(const std::string& in, int16_t mode) {
 // Besides the "\r\r" fix before "begin ", only a blank after "\r\nbegin" may
 // become 160; and a second run finds nothing more to do.
 void CheckFilterBegin(const std::string& in) {
-  const std::string out = FilterBegin(in);
+  const std::string out = FilterBegin(std::string(in));
   Require(out.size() == in.size(), "FilterBegin keeps the length");
   const std::string_view view(out);
   for (size_t i = 0; i < in.size(); ++i) {
@@ -100,11 +100,11 @@ void CheckFilterBegin(const std::string& in) {
         in[i] == ' ' && out[i] == '\xa0' && i >= 7 && view.substr(i - 7, 7) == "\r\nbegin";
     Require(crFix || disarmed, "FilterBegin changes only line ends and blanks after begin");
   }
-  Require(FilterBegin(out) == out, "FilterBegin is idempotent");
+  Require(FilterBegin(std::string(out)) == out, "FilterBegin is idempotent");
 }
 
 void CheckMarkAsianSpam(const std::string& in, int16_t percentage, int16_t min) {
-  const std::string out = MarkAsianSpam(in, percentage, min);
+  const std::string out = MarkAsianSpam(std::string(in), percentage, min);
   if (out == in) return;
   const size_t at = in.find("Subject: ");
   Require(at != std::string::npos, "MarkAsianSpam needs a subject");
@@ -120,18 +120,18 @@ std::string Relabelled(std::string text) {
 }
 
 void CheckFixBoundary(const std::string& in) {
-  const std::string out = FixBoundary(in);
+  const std::string out = FixBoundary(std::string(in));
   Require(out.size() <= in.size(), "FixBoundary never grows the text");
   Require(Relabelled(out) == Relabelled(in), "FixBoundary changes only multipart/signed");
 }
 
 void RunOutgoing(const std::string& text, const Settings& settings, uint8_t seed) {
   CountingRandom random(seed);
-  std::string news = AppendSignature(text, settings, random);
+  std::string news = AppendSignature(std::string(text), settings, random);
   news = CutReferences(std::move(news), settings.intStripRef);
   news = ChangeNewsHeaders(std::move(news), settings);
   news = InsertNewsCustomHeaders(std::move(news), settings);
-  std::string mail = ChangeMailHeaders(text, settings);
+  std::string mail = ChangeMailHeaders(std::string(text), settings);
   mail = InsertMailCustomHeaders(std::move(mail), settings);
   std::string sig(text.substr(0, 64));
   ConvertSignatureISO(sig);

@@ -88,7 +88,7 @@ void ConvertSignatureISO(std::string& signature) {
   }
 }
 
-std::string AppendSignature(std::string text, const Settings& settings, RandomSource& random) {
+std::string AppendSignature(std::string&& text, const Settings& settings, RandomSource& random) {
   std::optional<std::string> sender = FindSender(text);
   if (!sender) {
     log::Debug("signature: no From header, article left without signature");

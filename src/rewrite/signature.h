@@ -29,6 +29,6 @@ std::string GetSender(std::string_view text);
 void ConvertSignatureISO(std::string& signature);
 
 // Places the sender's signature before the final "\r\n.\r\n".
-std::string AppendSignature(std::string text, const Settings& settings, RandomSource& random);
+std::string AppendSignature(std::string&& text, const Settings& settings, RandomSource& random);
 
 }  // namespace brindle

@@ -71,7 +71,7 @@ TEST(AppendSignature, GuardsLeaveTheArticleAlone) {
   log::Capture log;
   for (const std::string text :
        {"Subject: <a@b.c>\r\n\r\nbody\r\n.\r\n", "From: <a@b.c>\r\n\r\nb\r\n"}) {
-    EXPECT_EQ(AppendSignature(text, s, random), text);
+    EXPECT_EQ(AppendSignature(std::string(text), s, random), text);
   }
   EXPECT_TRUE(log.Contains("From")) << log.Text();
 }
@@ -128,26 +128,26 @@ TEST_F(RandomSignatureFiles, LinesEmptySlotsAndFailedAttempts) {
     // Slot 0 (empty, picked again), slot 1, then slot 3 on the next attempt.
     Settings s = WithFiles({"", File("sig.txt", c.content), "", File("good.txt", "good")});
     ScriptedRandom random({0.1, 0.3, 0.9});
-    EXPECT_EQ(AppendSignature(unsigned_, s, random), Signed(c.signature)) << c.content;
+    EXPECT_EQ(AppendSignature(std::string(unsigned_), s, random), Signed(c.signature)) << c.content;
   }
   Settings s = WithFiles({"", (dir_ / "missing").string(), "", File("good.txt", "good")});
   ScriptedRandom random({0.1, 0.3, 0.9});
-  EXPECT_EQ(AppendSignature(unsigned_, s, random), Signed("good"));
+  EXPECT_EQ(AppendSignature(std::string(unsigned_), s, random), Signed("good"));
   EXPECT_EQ(random.draws, 3u);
 }
 
 TEST_F(RandomSignatureFiles, NothingUsableLeavesTheArticleUnchanged) {
   log::Capture log;
   ScriptedRandom random({0.0});
-  EXPECT_EQ(AppendSignature(unsigned_, WithFiles({}), random), unsigned_);
+  EXPECT_EQ(AppendSignature(std::string(unsigned_), WithFiles({}), random), unsigned_);
   EXPECT_EQ(random.draws, 0u);
   // Empty slots: up to twice the upper bound plus one picks in the first
   // attempt; the count is not reset, so each of the other 1,000 picks once.
-  EXPECT_EQ(AppendSignature(unsigned_, WithFiles({"", ""}), random), unsigned_);
+  EXPECT_EQ(AppendSignature(std::string(unsigned_), WithFiles({"", ""}), random), unsigned_);
   EXPECT_EQ(random.draws, 3u + 1000u);
   ScriptedRandom alternating({0.0, 0.5, 0.0, 0.5});
   Settings s = WithFiles({(dir_ / "missing").string(), dir_.string()});
-  EXPECT_EQ(AppendSignature(unsigned_, s, alternating), unsigned_);
+  EXPECT_EQ(AppendSignature(std::string(unsigned_), s, alternating), unsigned_);
   EXPECT_EQ(alternating.draws, 1001u);
   EXPECT_TRUE(log.Contains("a@b.c")) << log.Text();
 }

@@ -36,7 +36,7 @@ std::string Apply(const std::string& text, std::vector<Edit> edits) {
 
 }  // namespace
 
-std::string MarkListedSpammer(std::string text, std::string_view spammerAddress) {
+std::string MarkListedSpammer(std::string&& text, std::string_view spammerAddress) {
   const auto from = FindHeaderField(text, "From");
   if (!from) return text;
   std::vector<Edit> edits;

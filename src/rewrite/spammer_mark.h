@@ -15,6 +15,6 @@ inline constexpr std::string_view kOriginalFromField = "X-Brindle-Original-From"
 // A subject already starting with "[SPAM]" is not marked twice; a message
 // without a Subject field gets "Subject: [SPAM]". An empty spammerAddress
 // leaves From alone. The text is copied once, whatever its size.
-std::string MarkListedSpammer(std::string text, std::string_view spammerAddress);
+std::string MarkListedSpammer(std::string&& text, std::string_view spammerAddress);
 
 }  // namespace brindle

@@ -44,6 +44,7 @@ struct Bridge::Route {
   uint16_t port = 0;
   std::string host;
   uint16_t destPort = 0;
+  std::optional<UpgradeProtocol> upgrade;
   tcp::acceptor acceptor;
   asio::steady_timer retry;
   localnet::AcceptBackoff backoff;
@@ -227,16 +228,19 @@ std::string Bridge::Execute(const ControlCommand& command) {
 }
 
 std::string Bridge::AddRoute(const ControlCommand& command) {
-  std::string where = command.host + ":" + std::to_string(command.destPort);
+  std::string where = command.host + ":" + std::to_string(command.destPort) +
+                      (command.upgrade ? " (plain, then STARTTLS)" : "");
   auto it = routes_.find(command.port);
   if (it != routes_.end()) {
     // The same port again: the newer destination holds for new connections.
     // A different destination means two tunnels were given one port, which
     // the program should never do; say so loudly.
     Route& route = *it->second;
-    std::string old = route.host + ":" + std::to_string(route.destPort);
+    std::string old = route.host + ":" + std::to_string(route.destPort) +
+                      (route.upgrade ? " (plain, then STARTTLS)" : "");
     route.host = command.host;
     route.destPort = command.destPort;
+    route.upgrade = command.upgrade;
     if (old != where) route.target = NewTarget(route);
     if (old == where) {
       log::Info("route " + std::to_string(command.port) + " to " + where + " added again");
@@ -250,6 +254,7 @@ std::string Bridge::AddRoute(const ControlCommand& command) {
   route->port = command.port;
   route->host = command.host;
   route->destPort = command.destPort;
+  route->upgrade = command.upgrade;
   route->target = NewTarget(*route);
   if (std::error_code ec = Listen(route->acceptor, command.port)) {
     log::Error("route " + std::to_string(command.port) + " to " + where +
@@ -272,6 +277,7 @@ std::shared_ptr<RouteTarget> Bridge::NewTarget(const Route& route) {
   target->routePort = route.port;
   target->host = route.host;
   target->port = route.destPort;
+  target->upgrade = route.upgrade;
   target->tls = tls_->NewRouteCache();
   return target;
 }

@@ -13,11 +13,27 @@ std::optional<uint16_t> ParsePort(std::string_view text) {
   return static_cast<uint16_t>(value);
 }
 
+std::optional<UpgradeProtocol> ParseUpgradeProtocol(std::string_view name) {
+  if (name == "nntp") return UpgradeProtocol::kNntp;
+  if (name == "pop3") return UpgradeProtocol::kPop3;
+  if (name == "smtp") return UpgradeProtocol::kSmtp;
+  return std::nullopt;
+}
+
 std::optional<ControlCommand> ParseControlCommand(std::string_view line) {
   ControlCommand cmd;
   if (line == "QUIT") return cmd;
   if (line.size() < 2 || line[1] != ':') return std::nullopt;
   std::string_view rest = line.substr(2);
+  if (line[0] == 's') {
+    const size_t colon = rest.find(':');
+    if (colon == std::string_view::npos) return std::nullopt;
+    cmd.upgrade = ParseUpgradeProtocol(rest.substr(0, colon));
+    if (!cmd.upgrade) return std::nullopt;
+    rest.remove_prefix(colon + 1);
+  } else if (line[0] != 'a' && line[0] != 'd') {
+    return std::nullopt;
+  }
   if (line[0] == 'd') {
     auto port = ParsePort(rest);
     if (!port) return std::nullopt;
@@ -25,7 +41,6 @@ std::optional<ControlCommand> ParseControlCommand(std::string_view line) {
     cmd.port = *port;
     return cmd;
   }
-  if (line[0] != 'a') return std::nullopt;
   size_t first = rest.find(':');
   size_t last = rest.rfind(':');
   if (first == std::string_view::npos || first == last) return std::nullopt;

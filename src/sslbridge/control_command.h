@@ -11,13 +11,22 @@
 
 namespace brindle::sslbridge {
 
+// The protocol a route's server speaks before it switches to TLS inside it.
+enum class UpgradeProtocol { kNntp, kPop3, kSmtp };
+
 struct ControlCommand {
   enum class Kind { kAddRoute, kDeleteRoute, kQuit };
   Kind kind = Kind::kQuit;
   uint16_t port = 0;      // the local listening port (add, delete)
   std::string host;       // the real server (add)
   uint16_t destPort = 0;  // the real server's port (add)
+  // "s:PROTOCOL:PORT:HOST:DESTPORT" adds a route whose server is reached in
+  // the clear and switched to TLS with the protocol's own command.
+  std::optional<UpgradeProtocol> upgrade;
 };
+
+// "nntp", "pop3", "smtp" (as the "s:" command names them).
+std::optional<UpgradeProtocol> ParseUpgradeProtocol(std::string_view name);
 
 // Parses the command line (without its CR LF). A host may itself hold ':'
 // (an IPv6 literal): the first field is the local port, the last one the

@@ -14,6 +14,14 @@ TEST(ControlCommand, ReadsTheThreeCommands) {
   EXPECT_EQ(add->port, 1025);
   EXPECT_EQ(add->host, "news.example.org");
   EXPECT_EQ(add->destPort, 563);
+  EXPECT_FALSE(add->upgrade);
+
+  auto upgraded = ParseControlCommand("s:smtp:1026:::1:587");
+  ASSERT_TRUE(upgraded);
+  EXPECT_EQ(upgraded->kind, ControlCommand::Kind::kAddRoute);
+  EXPECT_EQ(upgraded->upgrade, UpgradeProtocol::kSmtp);
+  EXPECT_EQ(upgraded->host, "::1");
+  EXPECT_EQ(upgraded->destPort, 587);
 
   // An address literal with colons stays whole between the two ports.
   auto v6 = ParseControlCommand("a:2000:::1:995");
@@ -51,7 +59,10 @@ TEST(ControlCommand, RejectsMalformedCommands) {
                           "x:1025",
                           "quit",
                           "QUIT ",
-                          "a;1025;host;563"}) {
+                          "a;1025;host;563",
+                          "s:1025:host:587",
+                          "s:imap:1025:host:587",
+                          "s:smtp:1025"}) {
     EXPECT_FALSE(ParseControlCommand(bad)) << '"' << bad << '"';
   }
 }

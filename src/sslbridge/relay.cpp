@@ -4,6 +4,7 @@
 #include <asio/write.hpp>
 
 #include "core/log.h"
+#include "sslbridge/starttls_prelude.h"
 
 namespace brindle::sslbridge {
 
@@ -72,7 +73,16 @@ void Relay::OnConnected() {
   std::error_code ignored;
   server_.set_option(tcp::no_delay(true), ignored);
   client_.set_option(tcp::no_delay(true), ignored);
-  StartTls();
+  if (!target_->upgrade) return StartTls();
+  std::make_shared<StartTlsPrelude>(
+      server_, *target_->upgrade,
+      [self = shared_from_this()](const std::string& error, std::string greeting) {
+        if (self->closed_) return;
+        if (!error.empty()) return self->Fail(error);
+        self->greeting_ = std::move(greeting);
+        self->StartTls();
+      })
+      ->Start();
 }
 
 // The TLS handshake starts on a connected server socket; anything a route
@@ -94,7 +104,15 @@ void Relay::HandshakeStep() {
   timer_.cancel();
   log::Info(Name() + ": connected, " + session_->Description() +
             (session_->Resumed() ? ", resumed" : ""));
-  ReadClient();
+  if (greeting_.empty()) return ReadClient();
+  // The client side is plain: it gets the greeting the server gave in the
+  // clear, and speaks its first command over TLS.
+  asio::async_write(client_, asio::buffer(greeting_),
+                    [self = shared_from_this()](std::error_code ec, size_t) {
+                      if (self->closed_) return;
+                      if (ec) return self->Fail("client connection: " + ec.message());
+                      self->ReadClient();
+                    });
 }
 
 // Server -> client. Whatever one socket read brings is decrypted as a whole,

@@ -14,6 +14,7 @@
 #include <asio/ip/tcp.hpp>
 #include <asio/steady_timer.hpp>
 
+#include "sslbridge/control_command.h"
 #include "sslbridge/tls_engine.h"
 
 namespace brindle::sslbridge {
@@ -27,6 +28,7 @@ struct RouteTarget {
   uint16_t port = 0;
   std::optional<asio::ip::tcp::resolver::results_type> addresses;
   std::shared_ptr<TlsRouteCache> tls;
+  std::optional<UpgradeProtocol> upgrade;  // the server switches to TLS inside its protocol
 };
 
 class Relay : public std::enable_shared_from_this<Relay> {
@@ -78,6 +80,7 @@ class Relay : public std::enable_shared_from_this<Relay> {
   std::unique_ptr<char[]> fromClient_;  // not zeroed: a fresh relay per connection
   std::unique_ptr<char[]> fromServer_;
   std::string toServer_;  // TLS records being written to the server
+  std::string greeting_;  // an upgraded route's server greeting, owed to the client
   std::string toClient_;  // decrypted bytes being written to the client
 };
 

@@ -89,6 +89,7 @@ void ProxyTunnelControl::Reconfigure(TunnelPlan plan, std::function<void()> done
         tunnel->DestPort = record.DestPort;
         tunnel->AutoStart = record.AutoStart;
         tunnel->SSL = record.SSL;
+        tunnel->StartTLS = record.StartTLS;
         if (!wasRunning) return finished();
         tunnel->start([finished](int) { finished(); });
       });

@@ -10,7 +10,8 @@ namespace {
 
 bool SameRecord(const TunnelRecord& a, const TunnelRecord& b) {
   return a.Server == b.Server && a.SrcPort == b.SrcPort && a.DestPort == b.DestPort &&
-         a.AutoStart == b.AutoStart && a.SSL == b.SSL && a.tType == b.tType;
+         a.AutoStart == b.AutoStart && a.SSL == b.SSL && a.tType == b.tType &&
+         a.StartTLS == b.StartTLS;
 }
 
 }  // namespace

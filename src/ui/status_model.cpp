@@ -8,29 +8,9 @@
 namespace brindle::ui {
 
 std::string ChannelStateName(const CChannel& c) {
-  if (c.Relaying()) return "TLS, passed through";
+  if (c.PassesUnprocessed()) return "TLS, passed through";
   if (c.blnWorking) return "processing";
-  switch (c.cType()) {
-    case kTypeNntp:
-      if (c.intArticleMode == 0) return "posting";
-      if (c.intArticleMode == 2) return "collecting";
-      return "commands";
-    case kTypePop3:
-      return c.blnCollecting ? "collecting" : "commands";
-    case kTypeSmtp:
-      switch (c.intMode) {
-        case 2:
-          return "sending mail";
-        case 4:
-          return "mail sent";
-        case 0:
-          return "recipients";
-        case 1:
-          return "greeted";
-      }
-      return "commands";
-  }
-  return "commands";
+  return c.StateName();
 }
 
 StatusModel ReadStatus(const Proxy& proxy) {
@@ -44,7 +24,7 @@ StatusModel ReadStatus(const Proxy& proxy) {
   proxy.ForEachChannel([&](const ChannelPair& pair) {
     const CChannel& c = pair.Channel();
     model.channels.push_back({c.SockIndex(), c.cType(), ChannelStateName(c), pair.BytesFromClient(),
-                              pair.BytesFromServer(), c.Relaying()});
+                              pair.BytesFromServer(), c.PassesUnprocessed()});
   });
   model.recentlyTransferred = proxy.Display().RecentlyTransferredData();
   model.piecesShown = proxy.Display().PiecesShown();

@@ -36,7 +36,8 @@ TunnelDialog::TunnelDialog(const TunnelRecord& editing)
       chkAutoStart(editing.AutoStart),
       chkSSL(editing.SSL),
       tType(editing.tType),
-      adding_(false) {}
+      adding_(false),
+      startTls_(editing.StartTLS) {}
 
 std::optional<PageMessage> TunnelDialog::Validate() const {
   if (Blank(txtServer)) return PageMessage{85, 86, {}};
@@ -52,6 +53,7 @@ TunnelRecord TunnelDialog::Record() const {
   r.AutoStart = chkAutoStart;
   r.SSL = chkSSL && SslAvailable();
   r.tType = tType;
+  r.StartTLS = startTls_;
   return r;
 }
 

@@ -38,6 +38,7 @@ class TunnelDialog {
 
  private:
   bool adding_;
+  bool startTls_ = false;  // StartTLS is set in the settings file only
 };
 
 }  // namespace brindle::ui

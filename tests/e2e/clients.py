@@ -214,6 +214,26 @@ def test_smtp(label, tunnel_var):
     check_delivered(label, subject)
 
 
+def test_smtp_starttls_only():
+    """A server that takes mail only after STARTTLS, through a tunnel that
+    upgrades the server leg: the client stays plain, the mail is rewritten,
+    and the server received it encrypted (Exim's "esmtps")."""
+    subject = "e2e mail starttls " + uuid.uuid4().hex[:8]
+    p = port("TUNNEL_SMTP_STARTTLS")
+    wait_listening(p)
+    try:
+        with smtplib.SMTP("127.0.0.1", p, timeout=TIMEOUT) as conn:
+            conn.sendmail("tester@e2e.test", ["reader@e2e.test"], mail_text(subject, "smtplib"))
+    except (OSError, smtplib.SMTPException) as e:
+        check("smtp starttls: smtplib sends through the upgraded tunnel", False, repr(e))
+        return
+    check("smtp starttls: smtplib sends through the upgraded tunnel", True)
+    check_delivered("starttls", subject)
+    raw = delivered(subject) or b""
+    check("smtp starttls: received over TLS", b"with esmtps" in raw,
+          repr(headers_of(raw)["Received"]))
+
+
 def test_curl_smtp():
     subject = "e2e mail curl " + uuid.uuid4().hex[:8]
     out = subprocess.run(
@@ -235,6 +255,7 @@ def main():
         test_curl_pop3_tls,
         lambda: test_smtp("plain", "TUNNEL_SMTP"),
         lambda: test_smtp("TLS", "TUNNEL_SMTPS"),
+        test_smtp_starttls_only,
         test_curl_smtp,
     ]
     for step in steps:

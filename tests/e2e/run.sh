@@ -101,7 +101,7 @@ write_settings() {
   local s=$WORK/settings
   mkdir -p "$s"
   TUNNEL_NNTP=$(free_port) TUNNEL_POP3=$(free_port) TUNNEL_POP3S=$(free_port)
-  TUNNEL_SMTP=$(free_port) TUNNEL_SMTPS=$(free_port)
+  TUNNEL_SMTP=$(free_port) TUNNEL_SMTPS=$(free_port) TUNNEL_SMTP_STARTTLS=$(free_port)
   E2E_XNEWSREADER="OE Brindle E2E News"
   E2E_XMAILER="OE Brindle E2E Mail"
   # The settings file is the program's own format: CR LF lines.
@@ -141,6 +141,13 @@ SrcPort=$TUNNEL_SMTPS
 DestPort=$SMTPS_PORT
 AutoStart=1
 SSL=1
+[SMTPServer]
+ServerName=localhost
+SrcPort=$TUNNEL_SMTP_STARTTLS
+DestPort=$SMTP_STARTTLS_PORT
+AutoStart=1
+SSL=0
+StartTLS=1
 [CustomHeader]
 HeaderName=X-E2E-Tunnel
 HeaderBody=news
@@ -170,7 +177,7 @@ main() {
   start_inn
   start_dovecot
   start_exim
-  say "servers up: nntp $INN_PORT, pop3 $POP3_PORT, pop3s $POP3S_PORT, smtp $SMTP_PORT, smtps $SMTPS_PORT"
+  say "servers up: nntp $INN_PORT, pop3 $POP3_PORT, pop3s $POP3S_PORT, smtp $SMTP_PORT, smtps $SMTPS_PORT, smtp+starttls $SMTP_STARTTLS_PORT"
   place_signed_mail
   write_settings
 
@@ -178,7 +185,7 @@ main() {
   export BRINDLE_COMPANION_PORT
   BRINDLE_COMPANION_PORT=$(free_port)
   export XDG_CONFIG_HOME=$WORK/xdg
-  export INN_PORT POP3_PORT TUNNEL_NNTP TUNNEL_POP3 TUNNEL_POP3S TUNNEL_SMTP TUNNEL_SMTPS
+  export INN_PORT POP3_PORT TUNNEL_NNTP TUNNEL_POP3 TUNNEL_POP3S TUNNEL_SMTP TUNNEL_SMTPS TUNNEL_SMTP_STARTTLS
   export E2E_XNEWSREADER E2E_XMAILER E2E_SIGNED_SUBJECT=$SIGNED_SUBJECT
   export E2E_SMTP_MAILDIR=$WORK/smtp-in
   local rc=0

@@ -174,12 +174,14 @@ stop_dovecot() {
 }
 
 # Exim: accepts mail for any address at e2e.test from loopback and files it
-# in the maildir $WORK/smtp-in; plain SMTP and SMTP over TLS from the first
-# byte. Sets SMTP_PORT and SMTPS_PORT.
+# in the maildir $WORK/smtp-in; plain SMTP, SMTP over TLS from the first
+# byte, and a submission port that takes mail only after STARTTLS. Sets
+# SMTP_PORT, SMTPS_PORT and SMTP_STARTTLS_PORT.
 start_exim() {
   local d=$WORK/exim
   SMTP_PORT=$(free_port)
   SMTPS_PORT=$(free_port)
+  SMTP_STARTTLS_PORT=$(free_port)
   mkdir -p "$d/spool" "$d/log" "$WORK/smtp-in"/{cur,new,tmp}
   cat >"$d/exim.conf" <<CONF
 primary_hostname = e2e.test
@@ -187,7 +189,7 @@ domainlist local_domains = e2e.test
 spool_directory = $d/spool
 log_file_path = $d/log/%slog
 keep_environment =
-daemon_smtp_ports = $SMTP_PORT : $SMTPS_PORT
+daemon_smtp_ports = $SMTP_PORT : $SMTPS_PORT : $SMTP_STARTTLS_PORT
 tls_on_connect_ports = $SMTPS_PORT
 tls_advertise_hosts = *
 tls_certificate = $WORK/pki/server.crt
@@ -197,7 +199,13 @@ exim_user = mail
 exim_group = mail
 never_users =
 acl_smtp_rcpt = acl_rcpt
+acl_smtp_mail = acl_mail
 begin acl
+acl_mail:
+  deny  condition = \${if eq{\$received_port}{$SMTP_STARTTLS_PORT}}
+        !encrypted = *
+        message = 5.7.0 Must issue a STARTTLS command first
+  accept
 acl_rcpt:
   accept domains = +local_domains
   deny
@@ -221,7 +229,7 @@ CONF
   chmod 644 "$d/exim.conf"
   exim -C "$d/exim.conf" -bdf -q5s -oP "$d/exim.pid" >>"$WORK/exim.log" 2>&1 &
   EXIM_LAUNCHER=$!
-  wait_port "$SMTP_PORT" && wait_port "$SMTPS_PORT"
+  wait_port "$SMTP_PORT" && wait_port "$SMTPS_PORT" && wait_port "$SMTP_STARTTLS_PORT"
 }
 
 stop_exim() {
