@@ -54,10 +54,6 @@ class ClientHostSystem {
   // cannot be loaded.
   virtual std::optional<long> RunClient(const std::string& libraryPath, uint32_t flags,
                                         const std::string& commandLine, int16_t showState) = 0;
-
-  // Starts a program through the shell's "open" verb, hidden; false when the
-  // shell reports failure.
-  virtual bool ShellOpenHidden(const std::string& path) = 0;
 };
 
 }  // namespace brindle::app

@@ -87,10 +87,6 @@ class FakeSystem : public ClientHostSystem {
     if (!clientLoads) return std::nullopt;
     return 0;
   }
-  bool ShellOpenHidden(const std::string& path) override {
-    journal.push_back("open " + path);
-    return true;
-  }
 };
 
 class FakeForm : public MainForm {

@@ -1,7 +1,6 @@
 #include <signal.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <chrono>
 #include <cstdio>
 #include <optional>
@@ -12,6 +11,7 @@
 #include <asio/steady_timer.hpp>
 
 #include "app/child_process.h"
+#include "app/companion_keeper.h"
 #include "app/headless_program.h"
 #include "app/instance_lock.h"
 #include "app/milestones.h"
@@ -34,12 +34,6 @@ namespace {
 constexpr const char* kCompanionFile = "SslBridge";
 // How long the companion gets to act on "QUIT" before it is told by signal.
 constexpr std::chrono::seconds kCompanionGrace{2};
-// A companion that ends by itself is started again after a wait that doubles
-// with each failure up to the longest; one that ran a while starts the count
-// afresh.
-constexpr std::chrono::seconds kRestartFirst{1};
-constexpr std::chrono::seconds kRestartLongest{30};
-constexpr std::chrono::seconds kRanLongEnough{60};
 
 ProxyOptions MakeProxyOptions(const HeadlessConfig& config) {
   ProxyOptions options;
@@ -62,7 +56,7 @@ class HeadlessProgram {
         proxy_(io_, store_, proxyOptions_),
         services_(io_, proxy_, store_, Hooks()),
         companionTimer_(io_),
-        restartTimer_(io_) {}
+        keeper_(io_, services_, proxy_, [this] { return LaunchCompanion(); }) {}
 
   int Run() {
     asio::post(io_, [this] {
@@ -111,34 +105,12 @@ class HeadlessProgram {
       return false;
     }
     companion_ = *spawned;
-    companionStarted_ = std::chrono::steady_clock::now();
+    keeper_.Started();
     children_.Watch(companion_, [this](int status) {
       CompanionGone();
-      if (!closing_) RestartCompanion(status);
+      if (!closing_) keeper_.Ended(status);
     });
     return true;
-  }
-
-  // The companion ended while it was still needed (killed, crashed, or told
-  // to QUIT by someone else in the days when anyone could): start it again
-  // and tell it every running route.
-  void RestartCompanion(int status) {
-    if (std::chrono::steady_clock::now() - companionStarted_ >= kRanLongEnough)
-      restartWait_ = kRestartFirst;
-    const auto wait = restartWait_;
-    restartWait_ = std::min(restartWait_ * 2, kRestartLongest);
-    log::Warning("companion ended early, status " + std::to_string(status) +
-                 "; starting it again in " + std::to_string(wait.count()) + " s");
-    restartTimer_.expires_after(wait);
-    restartTimer_.async_wait([this, status](const std::error_code& ec) {
-      if (ec || closing_) return;
-      if (!LaunchCompanion()) return RestartCompanion(status);
-      services_.ProbeCompanion([this](bool up) {
-        if (closing_) return;
-        if (!up) log::Warning("companion started again but not answering yet");
-        proxy_.RestoreRoutes([] { log::Info("companion started again, routes restored"); });
-      });
-    });
   }
 
   void Loaded(const std::optional<StartupReport>& report) {
@@ -219,7 +191,7 @@ class HeadlessProgram {
   void ShutDown() {
     if (closing_) return;
     closing_ = true;
-    restartTimer_.cancel();
+    keeper_.Stop();
     if (web_) web_->Close();
     proxy_.CloseDown([this] {
       log::Info(milestone::kTunnelsClosed);
@@ -264,9 +236,7 @@ class HeadlessProgram {
   Proxy proxy_;
   ProgramServices services_;
   asio::steady_timer companionTimer_;
-  asio::steady_timer restartTimer_;
-  std::chrono::seconds restartWait_ = kRestartFirst;
-  std::chrono::steady_clock::time_point companionStarted_;
+  CompanionKeeper keeper_;
   std::optional<web::AccessRules> access_;
   std::optional<web::WebView> view_;
   std::optional<web::WebServer> web_;

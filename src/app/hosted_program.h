@@ -11,6 +11,8 @@
 #include <asio/io_context.hpp>
 
 #include "app/client_host_system.h"
+#include "app/companion_keeper.h"
+#include "app/companion_process_win32.h"
 #include "app/main_form.h"
 #include "app/main_window_win32.h"
 #include "app/program_services.h"
@@ -39,6 +41,7 @@ class HostedProgram : public MainForm {
  private:
   void Stop();
   void RedirectBoxes();
+  bool LaunchCompanion();
   // Menus, boxes, tray and the options window, once the settings are loaded.
   void OpenUserInterface();
   void ShowClient();
@@ -54,6 +57,8 @@ class HostedProgram : public MainForm {
   std::thread ioThread_;
   std::unique_ptr<Proxy> proxy_;  // lives on the io thread
   std::unique_ptr<ProgramServices> services_;
+  std::unique_ptr<CompanionProcess> companion_;  // on the io thread, as is the keeper
+  std::unique_ptr<CompanionKeeper> keeper_;
   std::unique_ptr<ui::ProxyTunnelControl> tunnelControl_;
   std::unique_ptr<ui::SettingsApplier> applier_;
   LanguageWindows languageWindows_;

@@ -56,16 +56,7 @@ bool HostedProgram::Load() {
 
   ProgramHooks hooks;
   hooks.companionFileName = kCompanionFile;
-  hooks.launchCompanion = [this] {
-    // The companion reads its SslBridge.conf from the settings folder in use.
-    ExportSettingsFolder(settingsDir_);
-    // The key reaches the companion through the environment it inherits,
-    // and only it: the variable is gone again once it has started.
-    SetEnvironmentVariableA(localnet::kControlKeyVariable, options_.companionKey.c_str());
-    const bool started = system_.ShellOpenHidden(programDir_ + "\\" + kCompanionFile);
-    SetEnvironmentVariableA(localnet::kControlKeyVariable, nullptr);
-    return started;
-  };
+  hooks.launchCompanion = [this] { return LaunchCompanion(); };
   hooks.defaultLanguage = [] { return UserLanguage(); };
   hooks.settingsPlaces = {settingsDir_, programDir_};
 
@@ -73,6 +64,9 @@ bool HostedProgram::Load() {
   asio::post(io_, [&, hooks = std::move(hooks)]() mutable {
     proxy_ = std::make_unique<Proxy>(io_, store_, options_);
     services_ = std::make_unique<ProgramServices>(io_, *proxy_, store_, std::move(hooks));
+    companion_ = std::make_unique<CompanionProcess>(io_);
+    keeper_ = std::make_unique<CompanionKeeper>(io_, *services_, *proxy_,
+                                                [this] { return LaunchCompanion(); });
     RunLoadSequence(*services_, [&](std::optional<StartupReport> report) {
       const bool started = report.has_value();
       window_.Post([&, started] {
@@ -90,13 +84,28 @@ bool HostedProgram::Load() {
   return ok;
 }
 
+// On the io thread.
+bool HostedProgram::LaunchCompanion() {
+  // The companion reads its SslBridge.conf from the settings folder in use.
+  ExportSettingsFolder(settingsDir_);
+  // The key reaches the companion through the environment it inherits,
+  // and only it: the variable is gone again once it has started.
+  SetEnvironmentVariableA(localnet::kControlKeyVariable, options_.companionKey.c_str());
+  const bool started = companion_->Start(programDir_ + "\\" + kCompanionFile,
+                                         [this](int exitCode) { keeper_->Ended(exitCode); });
+  SetEnvironmentVariableA(localnet::kControlKeyVariable, nullptr);
+  if (started) keeper_->Started();
+  return started;
+}
+
 void HostedProgram::OpenUserInterface() {
   tunnelControl_ = std::make_unique<ui::ProxyTunnelControl>(
       io_, [this] { return proxy_.get(); },
       [this](std::function<void()> work) { window_.Post(std::move(work)); });
   applier_ = std::make_unique<ui::SettingsApplier>(store_, tunnelControl_.get());
-  languageMenu_ = std::make_unique<LanguageMenu>(store_, languageWindows_,
-                                                 [](const Settings& s) { (void)SaveSettings2Ini(s); /* a failure is logged by the writer */ });
+  languageMenu_ = std::make_unique<LanguageMenu>(store_, languageWindows_, [](const Settings& s) {
+    (void)SaveSettings2Ini(s); /* a failure is logged by the writer */
+  });
   optionsWindow_ =
       std::make_unique<ui::OptionsWindow>(*applier_, languageWindows_, tunnelControl_.get());
   ui::MainWindowActions actions;
@@ -151,9 +160,13 @@ void HostedProgram::CloseTunnels() {
       window_.Post([&] { closed = true; });
       return;
     }
+    // The companion is told to quit now: its end is no reason to start it again.
+    keeper_->Stop();
     proxy_->CloseDown([&] {
       // Not from inside the proxy's own call: the proxy goes after it returns.
       asio::post(io_, [&] {
+        keeper_.reset();
+        companion_.reset();
         services_.reset();
         proxy_.reset();
         window_.Post([&] { closed = true; });
@@ -170,6 +183,8 @@ void HostedProgram::Stop() {
   work_.reset();
   io_.stop();
   if (ioThread_.joinable()) ioThread_.join();
+  keeper_.reset();
+  companion_.reset();
   services_.reset();
   proxy_.reset();  // the io thread has ended: nothing else touches it
 }

@@ -23,7 +23,9 @@ void ProgramServices::ProbeUntil(std::chrono::steady_clock::time_point deadline,
   proxy_.ProbeCompanion([this, deadline, done = std::move(done)](bool up) {
     if (up || std::chrono::steady_clock::now() >= deadline) return done(up);
     auto timer = std::make_shared<asio::steady_timer>(io_, kProbeRetry);
-    timer->async_wait([this, timer, deadline, done](const std::error_code& ec) {
+    std::weak_ptr<int> alive = alive_;
+    timer->async_wait([this, alive, timer, deadline, done](const std::error_code& ec) {
+      if (alive.expired()) return;
       if (ec) return done(false);
       ProbeUntil(deadline, done);
     });

@@ -6,6 +6,7 @@
 #include <atomic>
 #include <chrono>
 #include <functional>
+#include <memory>
 #include <string>
 
 #include <asio/io_context.hpp>
@@ -47,6 +48,9 @@ class ProgramServices : public StartupServices {
   Proxy& proxy_;
   SettingsStore& store_;
   ProgramHooks hooks_;
+  // A probe's retry may come due after the program has let these services
+  // go (a companion started again just before the end): it then does nothing.
+  std::shared_ptr<int> alive_ = std::make_shared<int>();
 };
 
 }  // namespace brindle::app

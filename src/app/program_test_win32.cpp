@@ -9,6 +9,7 @@
 #include <shlobj.h>
 #include <tlhelp32.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <fstream>
 #include <sstream>
@@ -23,6 +24,7 @@ namespace {
 
 using namespace brindle::app::testing;
 
+using ::testing::EndsWith;
 using ::testing::HasSubstr;
 using ::testing::Not;
 
@@ -165,8 +167,10 @@ TEST_F(WindowsProgramTest, ReworksTheClientsReplyNoteOnceWithTheCaretAtTheMarker
 // The whole chain under Wine: the stand-in client fetches a signed mail
 // through a POP3 tunnel with SSL=1, the real SslBridge.exe carries it over
 // the system's TLS to a TLS POP3 server that tls_program_test.sh started, and
-// the private CA comes from SslBridge.conf in the settings folder.
-TEST_F(WindowsProgramTest, FetchesMailOverTlsThroughTheRealCompanion) {
+// the private CA comes from SslBridge.conf in the settings folder. Then the
+// companion is killed from outside: the program starts it again, tells it the
+// route, and the next fetch works as the first did.
+TEST_F(WindowsProgramTest, FetchesMailOverTlsThroughTheRealCompanionAlsoOnceItIsBack) {
   const char* serverPort = std::getenv("TLS_POP3_PORT");
   if (serverPort == nullptr) GTEST_SKIP() << "needs the TLS POP3 server of tls_program_test.sh";
   ASSERT_TRUE(CopyFileA((std::string(HOOKS_DLL_DIR) + "\\SslBridge.exe").c_str(),
@@ -181,20 +185,27 @@ TEST_F(WindowsProgramTest, FetchesMailOverTlsThroughTheRealCompanion) {
   SetEnvironmentVariableA("STAND_IN_CLIENT_LOG", (root_ + "\\client.log").c_str());
   SetEnvironmentVariableA("STAND_IN_CLIENT_CONNECT", nullptr);
   SetEnvironmentVariableA("STAND_IN_CLIENT_POP3", std::to_string(pop3).c_str());
+  SetEnvironmentVariableA("STAND_IN_CLIENT_KILL_COMPANION", "1");
   SetEnvironmentVariableA("BRINDLE_COMPANION_PORT", std::to_string(control).c_str());
 
   EXPECT_EQ(RunProgram(""), 0u);
   SetEnvironmentVariableA("STAND_IN_CLIENT_POP3", nullptr);
+  SetEnvironmentVariableA("STAND_IN_CLIENT_KILL_COMPANION", nullptr);
   DeleteFileA(conf.c_str());
 
   const std::string seen = ReadFile(root_ + "\\client.log");
   EXPECT_THAT(seen, HasSubstr(";pop3=+OK ready\r\n+OK 1 message\r\n")) << seen;
   EXPECT_THAT(seen, HasSubstr("Content-Type: multipart/mixed; protocol=")) << seen;
   EXPECT_THAT(seen, Not(HasSubstr("multipart/signed"))) << seen;
-  EXPECT_THAT(seen, HasSubstr("+OK bye\r\n")) << seen;
+  EXPECT_THAT(seen, HasSubstr("+OK bye\r\n;killed=1;pop3again=")) << seen;
+  const std::string again = seen.substr(std::min(seen.find(";pop3again="), seen.size()));
+  EXPECT_THAT(again, HasSubstr("=+OK ready\r\n+OK 1 message\r\n")) << again;
+  EXPECT_THAT(again, HasSubstr("Content-Type: multipart/mixed; protocol=")) << again;
+  EXPECT_THAT(again, EndsWith("+OK bye\r\n")) << again;
   EXPECT_FALSE(Listening(pop3)) << "the tunnel outlived the program";
   EXPECT_FALSE(Listening(control)) << "the companion still listens";
-  // It has been told to quit; give it a bounded moment to be gone.
+  // The companion started again has been told to quit too; give it a bounded
+  // moment to be gone.
   for (int i = 0; i < 100 && ProcessRunning("SslBridge.exe"); ++i) Sleep(100);
   EXPECT_FALSE(ProcessRunning("SslBridge.exe"));
 }

@@ -35,7 +35,6 @@ class Win32System : public ClientHostSystem {
   void UnloadHooksLibrary() override;
   std::optional<long> RunClient(const std::string& libraryPath, uint32_t flags,
                                 const std::string& commandLine, int16_t showState) override;
-  bool ShellOpenHidden(const std::string& path) override;
 
  private:
   using HookCall = int(WINAPI*)();

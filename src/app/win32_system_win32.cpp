@@ -1,8 +1,5 @@
 #include "app/win32_system.h"
 
-// shellapi.h needs windows.h first.
-#include <shellapi.h>
-
 namespace brindle::app {
 namespace {
 
@@ -167,12 +164,6 @@ std::optional<long> Win32System::RunClient(const std::string& libraryPath, uint3
       reinterpret_cast<void*>(GetProcAddress(client, "CoStartOutlookExpress")));
   if (start == nullptr) return std::nullopt;
   return static_cast<long>(start(flags, commandLine.c_str(), showState));
-}
-
-bool Win32System::ShellOpenHidden(const std::string& path) {
-  const auto result = reinterpret_cast<INT_PTR>(
-      ShellExecuteA(nullptr, "open", path.c_str(), nullptr, nullptr, SW_HIDE));
-  return result > 32;
 }
 
 }  // namespace brindle::app

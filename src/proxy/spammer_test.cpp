@@ -1,11 +1,13 @@
 // Listed senders marked on download through real tunnels, the filter log
-// lines of the changed messages, and a list edited while the proxy runs.
+// lines of the changed messages (or their loss, never the message's), and a
+// list edited while the proxy runs.
 #include <filesystem>
 #include <fstream>
 
 #include "core/log.h"
 #include "proxy/proxy_fixture.h"
 #include "rewrite/filter_log.h"
+#include "rewrite/temp_folder_test.h"
 
 namespace brindle::proxytest {
 namespace {
@@ -24,10 +26,6 @@ std::string Marked(const std::string& status, const std::string& from,
 class SpammerTest : public ProxyFixture {
  protected:
   void SetUp() override {
-    dir_ = std::filesystem::temp_directory_path() /
-           ("brindle_proxy_spam_" +
-            std::string(testing::UnitTest::GetInstance()->current_test_info()->name()));
-    std::filesystem::create_directories(dir_);
     Settings s;
     s.strSpammers = (dir_ / "spammers.txt").string();
     s.strLog = (dir_ / "filtered.log").string();
@@ -37,7 +35,6 @@ class SpammerTest : public ProxyFixture {
     news_ = Open(Tunnel(kTypeNntp, newsServer_), newsServer_, "200 news\r\n");
     mail_ = Open(Tunnel(kTypePop3, mailServer_), mailServer_, "+OK pop\r\n");
   }
-  void TearDown() override { std::filesystem::remove_all(dir_); }
 
   void WriteList(const std::string& text) {
     std::ofstream(dir_ / "spammers.txt", std::ios::binary) << text;
@@ -51,7 +48,8 @@ class SpammerTest : public ProxyFixture {
     return news_.client->received;
   }
 
-  std::filesystem::path dir_;
+  testing_support::TempFolder temp_;
+  const std::filesystem::path dir_ = temp_.Path();
   ScriptedServer newsServer_{io_, "200 news\r\n"};
   ScriptedServer mailServer_{io_, "+OK pop\r\n"};
   Dialogue news_, mail_;
@@ -79,6 +77,22 @@ TEST_F(SpammerTest, ListedSendersAreMarkedInBothProtocolsAndLogged) {
   EXPECT_EQ(news->sender, "joe@SPAM.example");
   EXPECT_EQ(mail->subject, "[SPAM] Offer");
   EXPECT_EQ(mail->changes.Names(), "spammer list");
+}
+
+TEST_F(SpammerTest, ALogThatCannotBeWrittenHoldsNoMessageBack) {
+  log::Capture log;
+  const auto logPath = dir_ / "filtered.log";
+  std::filesystem::create_directory(logPath);  // nothing can be appended there
+  for (int i = 0; i < 2; ++i) {
+    EXPECT_NE(Article("joe@spam.example").find("[SPAM] Offer"), std::string::npos);
+  }
+  ASSERT_TRUE(RunUntil(io_, [&] { return log.Contains("cannot be written"); }));
+  std::filesystem::remove(logPath);
+  Article("joe@spam.example");
+  ASSERT_TRUE(RunUntil(io_, [&] { return log.Contains("is written again"); }));
+  EXPECT_EQ(FilterLogTail(logPath.string(), 5).size(), 1u);
+  const std::string text = log.Text();
+  EXPECT_EQ(text.find("cannot be written"), text.rfind("cannot be written"));  // said once
 }
 
 TEST_F(SpammerTest, AListEditedOnDiskTakesEffectWithoutARestart) {

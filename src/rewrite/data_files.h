@@ -12,15 +12,18 @@
 namespace brindle::datafile {
 
 // Enough of a file's state to tell that it changed: written, resized or
-// replaced by another file of the same name.
+// replaced by another file of the same name. `regular` is false for a
+// folder, a pipe or a device at the path: something there, but nothing to
+// read as a file (a pipe would even hold the reader up for ever).
 struct FileStamp {
   int64_t modified = 0;
   int64_t size = 0;
   uint64_t identity = 0;
+  bool regular = true;
   bool operator==(const FileStamp&) const = default;
 };
 
-// Nothing when there is no such file.
+// Nothing when nothing is at the path.
 std::optional<FileStamp> Stamp(const std::string& path);
 
 // Adds bytes at the end, creating the file when it does not exist.

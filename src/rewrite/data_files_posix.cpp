@@ -11,13 +11,15 @@ namespace brindle::datafile {
 
 std::optional<FileStamp> Stamp(const std::string& path) {
   struct stat st;
-  if (stat(path.c_str(), &st) != 0 || !S_ISREG(st.st_mode)) return std::nullopt;
+  if (stat(path.c_str(), &st) != 0) return std::nullopt;
   return FileStamp{static_cast<int64_t>(st.st_mtim.tv_sec) * 1000000000 + st.st_mtim.tv_nsec,
-                   static_cast<int64_t>(st.st_size), static_cast<uint64_t>(st.st_ino)};
+                   static_cast<int64_t>(st.st_size), static_cast<uint64_t>(st.st_ino),
+                   S_ISREG(st.st_mode)};
 }
 
 bool Append(const std::string& path, std::string_view bytes) {
-  const int fd = open(path.c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0644);
+  // Not held up by a pipe planted at the path: with no reader it fails at once.
+  const int fd = open(path.c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC | O_NONBLOCK, 0644);
   if (fd < 0) return false;
   bool ok = true;
   while (ok && !bytes.empty()) {

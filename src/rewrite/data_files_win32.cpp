@@ -13,16 +13,14 @@ int64_t Ticks(const FILETIME& t) {
 
 std::optional<FileStamp> Stamp(const std::string& path) {
   WIN32_FILE_ATTRIBUTE_DATA data;
-  if (!GetFileAttributesExA(path.c_str(), GetFileExInfoStandard, &data) ||
-      (data.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY)) {
-    return std::nullopt;
-  }
+  if (!GetFileAttributesExA(path.c_str(), GetFileExInfoStandard, &data)) return std::nullopt;
   // A file renamed over this one keeps its own creation time: that tells
   // an atomic replacement apart even within one tick of the write time.
   return FileStamp{
       Ticks(data.ftLastWriteTime),
       static_cast<int64_t>((static_cast<uint64_t>(data.nFileSizeHigh) << 32) | data.nFileSizeLow),
-      static_cast<uint64_t>(Ticks(data.ftCreationTime))};
+      static_cast<uint64_t>(Ticks(data.ftCreationTime)),
+      (data.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) == 0};
 }
 
 bool Append(const std::string& path, std::string_view bytes) {

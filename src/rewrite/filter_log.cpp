@@ -72,7 +72,8 @@ std::optional<FilterLogEntry> ParseFilterLogLine(std::string_view line) {
 
 bool AppendFilterLog(const std::string& path, std::string_view line, int64_t limit) {
   const auto stamp = datafile::Stamp(path);
-  if (stamp && stamp->size > 0 && stamp->size + static_cast<int64_t>(line.size()) > limit) {
+  if (stamp && stamp->regular && stamp->size > 0 &&
+      stamp->size + static_cast<int64_t>(line.size()) > limit) {
     // A failed rotation still appends: one line too many beats one lost.
     datafile::MoveOver(path, path + ".1");
   }

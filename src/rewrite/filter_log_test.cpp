@@ -5,6 +5,7 @@
 #include <fstream>
 
 #include "rewrite/filter_log.h"
+#include "rewrite/temp_folder_test.h"
 
 namespace brindle {
 namespace {
@@ -34,10 +35,8 @@ TEST(FilterLogTest, LineKeepsSixFieldsWhateverTheHeadersHold) {
 }
 
 TEST(FilterLogTest, RotatesAtTheLimitAndTheTailReachesIntoTheOldFile) {
-  const auto dir = std::filesystem::temp_directory_path() / "brindle_filter_log_test";
-  std::filesystem::remove_all(dir);
-  std::filesystem::create_directories(dir);
-  const std::string path = (dir / "filtered.log").string();
+  testing_support::TempFolder dir;
+  const std::string path = dir.File("filtered.log");
   for (int i = 1; i <= 7; ++i) {
     ASSERT_TRUE(AppendFilterLog(path, "line " + std::to_string(i) + "\r\n", 22));
   }
@@ -46,8 +45,7 @@ TEST(FilterLogTest, RotatesAtTheLimitAndTheTailReachesIntoTheOldFile) {
   EXPECT_EQ(std::filesystem::file_size(path + ".1"), 16u);
   EXPECT_EQ(FilterLogTail(path, 3), (std::vector<std::string>{"line 5", "line 6", "line 7"}));
   EXPECT_EQ(FilterLogTail(path, 9).size(), 3u);
-  EXPECT_FALSE(AppendFilterLog((dir / "missing" / "x.log").string(), "x\r\n"));
-  std::filesystem::remove_all(dir);
+  EXPECT_FALSE(AppendFilterLog(dir.File("missing/x.log"), "x\r\n"));
 }
 
 }  // namespace

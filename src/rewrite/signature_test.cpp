@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "core/log.h"
+#include "rewrite/temp_folder_test.h"
 
 namespace brindle {
 namespace {
@@ -88,16 +89,8 @@ TEST(RandomIndex, UniformOverZeroToUpperBound) {
 
 class RandomSignatureFiles : public ::testing::Test {
  protected:
-  void SetUp() override {
-    dir_ = std::filesystem::temp_directory_path() /
-           ("brindle_sig_" +
-            std::string(testing::UnitTest::GetInstance()->current_test_info()->name()));
-    std::filesystem::create_directories(dir_);
-  }
-  void TearDown() override { std::filesystem::remove_all(dir_); }
-
   std::string File(const std::string& name, const std::string& content) {
-    std::string path = (dir_ / name).string();
+    std::string path = dir_.File(name);
     std::ofstream(path, std::ios::binary) << content;
     return path;
   }
@@ -110,7 +103,7 @@ class RandomSignatureFiles : public ::testing::Test {
   std::string Signed(const std::string& signature) {
     return Post("<a@b.c>", "body\r\n-- \r\n" + signature);
   }
-  std::filesystem::path dir_;
+  testing_support::TempFolder dir_;
   const std::string unsigned_ = Post("<a@b.c>", "body");
 };
 
@@ -130,7 +123,7 @@ TEST_F(RandomSignatureFiles, LinesEmptySlotsAndFailedAttempts) {
     ScriptedRandom random({0.1, 0.3, 0.9});
     EXPECT_EQ(AppendSignature(std::string(unsigned_), s, random), Signed(c.signature)) << c.content;
   }
-  Settings s = WithFiles({"", (dir_ / "missing").string(), "", File("good.txt", "good")});
+  Settings s = WithFiles({"", dir_.File("missing"), "", File("good.txt", "good")});
   ScriptedRandom random({0.1, 0.3, 0.9});
   EXPECT_EQ(AppendSignature(std::string(unsigned_), s, random), Signed("good"));
   EXPECT_EQ(random.draws, 3u);
@@ -146,7 +139,7 @@ TEST_F(RandomSignatureFiles, NothingUsableLeavesTheArticleUnchanged) {
   EXPECT_EQ(AppendSignature(std::string(unsigned_), WithFiles({"", ""}), random), unsigned_);
   EXPECT_EQ(random.draws, 3u + 1000u);
   ScriptedRandom alternating({0.0, 0.5, 0.0, 0.5});
-  Settings s = WithFiles({(dir_ / "missing").string(), dir_.string()});
+  Settings s = WithFiles({dir_.File("missing"), dir_.Path().string()});
   EXPECT_EQ(AppendSignature(std::string(unsigned_), s, alternating), unsigned_);
   EXPECT_EQ(alternating.draws, 1001u);
   EXPECT_TRUE(log.Contains("a@b.c")) << log.Text();

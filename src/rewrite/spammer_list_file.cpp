@@ -32,14 +32,18 @@ bool SpammerListFile::Refresh(const std::string& path) {
     if (had) log::Info("Spammer list " + path + " is gone: 0 entries");
     return had;
   }
-  const auto bytes = ini::ReadFileBytes(path);
+  auto bytes = stamp->regular ? ini::ReadFileBytes(path)
+                              : Expected<std::string>(Status::Error("not a file"));
   if (!bytes.ok()) {
     // Looked at again at every refresh, but said once.
     if (reported_.insert(path + "\n(unreadable)").second) {
-      log::Warning("Spammer list " + path + " cannot be read; the list read last stays in force");
+      log::Warning("Spammer list " + path + " cannot be read (" + bytes.status().message() +
+                   "); the list read last stays in force");
     }
     if (otherFile) list_ = std::make_shared<const SpammerList>();
-    stamp_.reset();
+    // A file that failed to read is tried again at the next look (an editor
+    // may hold it a moment); a folder or a pipe in its place once it changes.
+    stamp_ = stamp->regular ? std::nullopt : stamp;
     return otherFile;
   }
   reported_.erase(path + "\n(unreadable)");

@@ -10,6 +10,7 @@
 #include "core/log.h"
 #include "rewrite/spammer_list.h"
 #include "rewrite/spammer_list_file.h"
+#include "rewrite/temp_folder_test.h"
 
 namespace brindle {
 namespace {
@@ -83,22 +84,14 @@ TEST(SpammerListTest, IndexedPatternsAgreeWithAPlainScan) {
 
 class SpammerListFileTest : public ::testing::Test {
  protected:
-  void SetUp() override {
-    dir_ = std::filesystem::temp_directory_path() /
-           ("brindle_spam_" +
-            std::string(testing::UnitTest::GetInstance()->current_test_info()->name()));
-    std::filesystem::create_directories(dir_);
-    path_ = (dir_ / "spammers.txt").string();
-  }
-  void TearDown() override { std::filesystem::remove_all(dir_); }
   void Write(const std::string& text) { std::ofstream(path_, std::ios::binary) << text; }
   std::string Read() {
     std::ifstream in(path_, std::ios::binary);
     return std::string(std::istreambuf_iterator<char>(in), {});
   }
 
-  std::filesystem::path dir_;
-  std::string path_;
+  testing_support::TempFolder dir_;
+  std::string path_ = dir_.File("spammers.txt");
 };
 
 TEST_F(SpammerListFileTest, FollowsTheFileAndReportsABadLineOnce) {
@@ -124,10 +117,40 @@ TEST_F(SpammerListFileTest, FollowsTheFileAndReportsABadLineOnce) {
   EXPECT_TRUE(before->Matches("a@x.org"));  // a message still being filtered keeps its list
 
   // Another path (the setting changed) is read at once.
-  const std::string other = (dir_ / "other.txt").string();
+  const std::string other = dir_.File("other.txt");
   std::ofstream(other, std::ios::binary) << "c@x.org\n";
   EXPECT_TRUE(file.Refresh(other));
   EXPECT_TRUE(file.Current()->Matches("c@x.org"));
+}
+
+// Tests run as root, for whom no file mode forbids a read: a folder in the
+// list's place is what cannot be read here.
+TEST_F(SpammerListFileTest, AnUnreadableListIsSaidOnceAndOutlived) {
+  log::Capture log;
+  auto warnings = [&] {
+    size_t n = 0;
+    for (size_t at = 0; (at = log.Text().find("cannot be read", at)) != std::string::npos; ++at)
+      ++n;
+    return n;
+  };
+  std::filesystem::create_directory(path_);
+  SpammerListFile file;
+  file.Refresh(path_);
+  file.Refresh(path_);
+  EXPECT_TRUE(file.Current()->Empty());
+  EXPECT_EQ(warnings(), 1u);
+
+  std::filesystem::remove(path_);
+  Write("a@x.org\n");
+  EXPECT_TRUE(file.Refresh(path_));
+  EXPECT_TRUE(file.Current()->Matches("a@x.org"));
+
+  // Once read, a list that turns unreadable keeps what it held.
+  std::filesystem::remove(path_);
+  std::filesystem::create_directory(path_);
+  EXPECT_FALSE(file.Refresh(path_));
+  EXPECT_TRUE(file.Current()->Matches("a@x.org"));
+  EXPECT_EQ(warnings(), 2u);
 }
 
 TEST_F(SpammerListFileTest, AddingKeepsTheFileAndSkipsWhatIsListed) {
@@ -142,8 +165,7 @@ TEST_F(SpammerListFileTest, AddingKeepsTheFileAndSkipsWhatIsListed) {
   EXPECT_EQ(AddSpammer(path_, "who@spam.example"), AddSpammerResult::kAlreadyListed);
   EXPECT_EQ(AddSpammer(path_, "@SPAM.example"), AddSpammerResult::kAlreadyListed);
   EXPECT_EQ(AddSpammer(path_, "two words@x.org"), AddSpammerResult::kNotAnEntry);
-  EXPECT_EQ(AddSpammer((dir_ / "no" / "such.txt").string(), "a@x.org"),
-            AddSpammerResult::kNotSaved);
+  EXPECT_EQ(AddSpammer(dir_.File("no/such.txt"), "a@x.org"), AddSpammerResult::kNotSaved);
   EXPECT_TRUE(file.Refresh(path_));  // the running list sees the addition
   EXPECT_TRUE(file.Current()->Matches("new@x.org"));
 }

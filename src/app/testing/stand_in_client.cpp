@@ -4,8 +4,10 @@
 // current folder, and — when STAND_IN_CLIENT_CONNECT names a port — whether a
 // tunnel answers there) and returns at once, as if the user had closed the
 // client. When STAND_IN_CLIENT_POP3 names a port, it fetches mail 1 through
-// that tunnel first and notes what arrived. With STAND_IN_CLIENT_LOG set, the
-// notes also go to that file.
+// that tunnel first and notes what arrived; with STAND_IN_CLIENT_KILL_COMPANION
+// set as well, it then ends every SslBridge.exe from outside and fetches
+// again, trying for a bounded while, and notes that too. With
+// STAND_IN_CLIENT_LOG set, the notes also go to that file.
 //
 // With STAND_IN_CLIENT_REPLY set, it first opens a reply note window the way
 // the client builds one (envelope, editor chain, the reply text in a
@@ -18,6 +20,7 @@
 
 #include <mshtml.h>
 #include <oleacc.h>
+#include <tlhelp32.h>
 
 #include <algorithm>
 #include <cstdio>
@@ -181,6 +184,39 @@ std::string FetchMail() {
   return got;
 }
 
+// Ends every companion process the way a crash or the task manager would.
+int KillCompanions() {
+  int killed = 0;
+  HANDLE snapshot = CreateToolhelp32Snapshot(TH32CS_SNAPPROCESS, 0);
+  PROCESSENTRY32 entry{};
+  entry.dwSize = sizeof entry;
+  for (BOOL more = Process32First(snapshot, &entry); more; more = Process32Next(snapshot, &entry)) {
+    if (_stricmp(entry.szExeFile, "SslBridge.exe") != 0) continue;
+    HANDLE process = OpenProcess(PROCESS_TERMINATE | SYNCHRONIZE, FALSE, entry.th32ProcessID);
+    if (process == nullptr) continue;
+    if (TerminateProcess(process, 9)) {
+      WaitForSingleObject(process, 5000);
+      ++killed;
+    }
+    CloseHandle(process);
+  }
+  CloseHandle(snapshot);
+  return killed;
+}
+
+// The mail again after the companion was killed: tried until it comes or a
+// bound (well above the program's first restart wait) has passed.
+std::string FetchMailAfterKill() {
+  if (std::getenv("STAND_IN_CLIENT_KILL_COMPANION") == nullptr) return "";
+  std::string note = ";killed=" + std::to_string(KillCompanions()) + ";pop3again=";
+  std::string got;
+  for (DWORD start = GetTickCount(); GetTickCount() - start < 30000; Sleep(250)) {
+    got = FetchMail();
+    if (got.find("+OK bye") != std::string::npos) break;
+  }
+  return note + got;
+}
+
 void WriteLog(const std::string& text) {
   const char* path = std::getenv("STAND_IN_CLIENT_LOG");
   if (path == nullptr) return;
@@ -201,7 +237,8 @@ extern "C" __declspec(dllexport) HRESULT WINAPI
                ";cmdline=" + (commandLine ? commandLine : "(null)") +
                ";show=" + std::to_string(showState) + ";mutex=" + MutexState() +
                ";hooks=" + std::to_string(HooksInstalled()) + ";folder=" + folder +
-               ";tunnel=" + TunnelState() + ";pop3=" + FetchMail() + reply;
+               ";tunnel=" + TunnelState() + ";pop3=" + FetchMail();
+  g_observed += FetchMailAfterKill() + reply;
   WriteLog(g_observed);
   return S_OK;
 }

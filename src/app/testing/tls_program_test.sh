@@ -28,4 +28,4 @@ server=$!
 for _ in $(seq 100); do [ -s "$work/port" ] && break; sleep 0.1; done
 [ -s "$work/port" ] || { echo "the TLS POP3 server did not start"; exit 1; }
 export TLS_POP3_PORT=$(cat "$work/port") TLS_POP3_CA="Z:$work/ca.pem"
-timeout 300 "$wine" "$test_exe" --gtest_filter=WindowsProgramTest.FetchesMailOverTlsThroughTheRealCompanion
+timeout 300 "$wine" "$test_exe" --gtest_filter=WindowsProgramTest.FetchesMailOverTlsThroughTheRealCompanionAlsoOnceItIsBack
