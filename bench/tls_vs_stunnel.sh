@@ -53,13 +53,9 @@ wait_port() {
   echo "tls bench: nothing listens on $1"; exit 1
 }
 
-openssl req -x509 -newkey ec -pkeyopt ec_paramgen_curve:P-256 -nodes -days 1 -subj "/CN=Bench CA" \
-  -keyout "$WORK/ca.key" -out "$WORK/ca.crt" -addext "basicConstraints=critical,CA:TRUE" 2>/dev/null
-openssl req -newkey ec -pkeyopt ec_paramgen_curve:P-256 -nodes -subj "/CN=localhost" \
-  -keyout "$WORK/server.key" -out "$WORK/server.csr" 2>/dev/null
-printf 'subjectAltName=DNS:localhost\n' >"$WORK/ext.cnf"
-openssl x509 -req -in "$WORK/server.csr" -CA "$WORK/ca.crt" -CAkey "$WORK/ca.key" -CAcreateserial \
-  -days 1 -extfile "$WORK/ext.cnf" -out "$WORK/server.crt" 2>/dev/null
+"$ROOT/scripts/test-certificates.sh" ca "$WORK/ca.crt" "$WORK/ca.key" "Bench CA"
+"$ROOT/scripts/test-certificates.sh" server "$WORK/server.crt" "$WORK/server.key" \
+  "$WORK/ca.crt" "$WORK/ca.key" localhost
 
 SOURCE=$(free_port) TLS=$(free_port) CONTROL=$(free_port) ROUTE=$(free_port) CLIENT=$(free_port)
 

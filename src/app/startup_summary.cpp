@@ -3,18 +3,6 @@
 namespace brindle::app {
 namespace {
 
-const char* TypeName(int32_t type) {
-  switch (type) {
-    case kTypeNntp:
-      return "NNTP";
-    case kTypePop3:
-      return "POP3";
-    case kTypeSmtp:
-      return "SMTP";
-  }
-  return "?";
-}
-
 std::string StateText(const TunnelOutcome& outcome) {
   switch (outcome.state) {
     case TunnelOutcome::State::kListening:
@@ -31,7 +19,7 @@ std::string StateText(const TunnelOutcome& outcome) {
 
 std::string TunnelLine(const TunnelOutcome& outcome) {
   const TunnelRecord& r = outcome.record;
-  return std::string(TypeName(r.tType)) + " 127.0.0.1:" + std::to_string(r.SrcPort) + " -> " +
+  return std::string(ProtocolName(r.tType)) + " 127.0.0.1:" + std::to_string(r.SrcPort) + " -> " +
          r.Server + ":" + std::to_string(r.DestPort) + (r.SSL ? " TLS" : " plain") + ": " +
          StateText(outcome);
 }

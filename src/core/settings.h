@@ -14,6 +14,19 @@ namespace brindle {
 // Protocol of a tunnel or channel (CTunnel::tType, CChannel::cType).
 enum TunnelType : int32_t { kTypeUnset = -1, kTypeNntp = 0, kTypePop3 = 1, kTypeSmtp = 2 };
 
+// "NNTP", "POP3", "SMTP": the protocol as the logs and status displays name it.
+constexpr const char* ProtocolName(int32_t type) {
+  switch (type) {
+    case kTypeNntp:
+      return "NNTP";
+    case kTypePop3:
+      return "POP3";
+    case kTypeSmtp:
+      return "SMTP";
+  }
+  return "?";
+}
+
 // One sender of the signature table ([Signature] sections).
 struct SignatureRecord {
   std::string text;      // SigLines: lines joined by CR LF, no trailing line end

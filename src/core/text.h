@@ -29,6 +29,13 @@ inline bool EqualsNoCase(std::string_view a, std::string_view b) {
   return a.size() == b.size() && StartsWithNoCase(a, b);
 }
 
+// `text` without the `blanks` it starts and ends with.
+inline std::string_view Trimmed(std::string_view text, std::string_view blanks = " \t") {
+  const size_t first = text.find_first_not_of(blanks);
+  if (first == std::string_view::npos) return {};
+  return text.substr(first, text.find_last_not_of(blanks) - first + 1);
+}
+
 // A line without its line end (CR LF, or a bare LF).
 inline std::string_view WithoutLineEnd(std::string_view line) {
   if (line.ends_with('\n')) line.remove_suffix(1);

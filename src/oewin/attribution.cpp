@@ -9,12 +9,8 @@
 namespace brindle {
 namespace {
 
-std::string_view Trim(std::string_view s) {
-  const auto blank = [](char c) { return c == ' ' || c == '\t' || c == '\r' || c == '\n'; };
-  while (!s.empty() && blank(s.front())) s.remove_prefix(1);
-  while (!s.empty() && blank(s.back())) s.remove_suffix(1);
-  return s;
-}
+// Around names, addresses and header fields, line ends count as blanks too.
+constexpr std::string_view kBlanks = " \t\r\n";
 
 bool IsOneOf(std::string_view key, std::initializer_list<std::string_view> names) {
   for (std::string_view n : names) {
@@ -25,7 +21,7 @@ bool IsOneOf(std::string_view key, std::initializer_list<std::string_view> names
 
 // "Jan Kowalski" or 'Jan Kowalski' loses its quotes; \" inside becomes ".
 std::string Unquote(std::string_view s) {
-  s = Trim(s);
+  s = Trimmed(s, kBlanks);
   if (s.size() >= 2 && (s.front() == '"' || s.front() == '\'') && s.back() == s.front()) {
     s = s.substr(1, s.size() - 2);
   }
@@ -35,7 +31,7 @@ std::string Unquote(std::string_view s) {
     if (s[i] == '\\' && i + 1 < s.size()) ++i;
     out.push_back(s[i]);
   }
-  return std::string(Trim(out));
+  return std::string(Trimmed(out, kBlanks));
 }
 
 // The first mailbox of a list: up to a "," or ";" outside quotes and brackets.
@@ -56,13 +52,13 @@ std::string_view FirstOfList(std::string_view value) {
 }  // namespace
 
 Mailbox ParseMailbox(std::string_view value) {
-  const std::string_view box = Trim(FirstOfList(Trim(value)));
+  const std::string_view box = Trimmed(FirstOfList(Trimmed(value, kBlanks)), kBlanks);
   Mailbox out;
   const size_t lt = box.rfind('<');
   if (lt != std::string_view::npos) {
     const size_t gt = box.find('>', lt);
     const size_t end = gt == std::string_view::npos ? box.size() : gt;
-    out.address = std::string(Trim(box.substr(lt + 1, end - lt - 1)));
+    out.address = std::string(Trimmed(box.substr(lt + 1, end - lt - 1), kBlanks));
     out.name = Unquote(box.substr(0, lt));
     return out;
   }
@@ -70,7 +66,7 @@ Mailbox ParseMailbox(std::string_view value) {
   if (paren != std::string_view::npos && box.find('@') < paren) {
     const size_t close = box.rfind(')');
     const size_t end = close == std::string_view::npos || close < paren ? box.size() : close;
-    out.address = std::string(Trim(box.substr(0, paren)));
+    out.address = std::string(Trimmed(box.substr(0, paren), kBlanks));
     out.name = Unquote(box.substr(paren + 1, end - paren - 1));
     return out;
   }
@@ -87,8 +83,8 @@ SeparatorFields ReadSeparatorBlock(std::string_view block) {
   for (std::string_view line : SplitCrLf(block)) {
     const size_t colon = line.find(':');
     if (colon == std::string_view::npos) continue;
-    const std::string_view key = Trim(line.substr(0, colon));
-    const std::string_view value = Trim(line.substr(colon + 1));
+    const std::string_view key = Trimmed(line.substr(0, colon), kBlanks);
+    const std::string_view value = Trimmed(line.substr(colon + 1), kBlanks);
     std::string* target = nullptr;
     if (IsOneOf(key, {"From", "Od", "Von"})) {
       target = &f.from;

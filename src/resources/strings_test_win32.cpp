@@ -66,13 +66,5 @@ TEST(StringResources, DefaultLanguageIsTheBaseInTheTablePickedForTheUser) {
   EXPECT_NE(DefaultLanguageBase(), kLangSpanish);
 }
 
-TEST(Utf8ToWide, ConvertsMultiByteCharacters) {
-  EXPECT_EQ(Utf8ToWide(""), L"");
-  EXPECT_EQ(Utf8ToWide("\xC5\xA0ifrirana"), L"\u0160ifrirana");
-  EXPECT_EQ(Utf8ToWide("\xC2\xA1"
-                       "A"),
-            L"\u00A1A");
-}
-
 }  // namespace
 }  // namespace brindle::resources

@@ -20,13 +20,6 @@ bool IsWildcard(char c) {
   return c == '*' || c == '?';
 }
 
-std::string_view Trimmed(std::string_view s) {
-  while (!s.empty() && (s.front() == ' ' || s.front() == '\t')) s.remove_prefix(1);
-  while (!s.empty() && (s.back() == ' ' || s.back() == '\t' || s.back() == '\r'))
-    s.remove_suffix(1);
-  return s;
-}
-
 // FNV-1a, fed one byte at a time so that the hashes of all suffixes (fed
 // backwards) or all prefixes of a mailbox come in one pass.
 constexpr uint64_t kFnvStart = 14695981039346656037ull;
@@ -102,7 +95,7 @@ SpammerList SpammerList::Parse(std::string_view bytes, std::vector<SpammerListPr
   while (!bytes.empty()) {
     ++number;
     const size_t lineEnd = bytes.find('\n');
-    const std::string_view line = Trimmed(bytes.substr(0, lineEnd));
+    const std::string_view line = Trimmed(bytes.substr(0, lineEnd), " \t\r");
     bytes = lineEnd == std::string_view::npos ? std::string_view() : bytes.substr(lineEnd + 1);
     if (line.empty() || line.front() == '#') continue;
     if (auto why = EntryProblem(line)) {

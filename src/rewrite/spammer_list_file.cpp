@@ -8,16 +8,6 @@
 #include "core/text.h"
 
 namespace brindle {
-namespace {
-
-std::string_view Trimmed(std::string_view s) {
-  while (!s.empty() && (s.front() == ' ' || s.front() == '\t')) s.remove_prefix(1);
-  while (!s.empty() && (s.back() == ' ' || s.back() == '\t' || s.back() == '\r'))
-    s.remove_suffix(1);
-  return s;
-}
-
-}  // namespace
 
 bool SpammerListFile::Refresh(const std::string& path) {
   const bool otherFile = !looked_ || path != path_;
@@ -60,7 +50,7 @@ bool SpammerListFile::Refresh(const std::string& path) {
 }
 
 AddSpammerResult AddSpammer(const std::string& path, std::string_view entry) {
-  entry = Trimmed(entry);
+  entry = Trimmed(entry, " \t\r");
   if (entry.empty() || SpammerList::EntryProblem(entry)) return AddSpammerResult::kNotAnEntry;
   std::string bytes;
   if (ini::FileExists(path)) {
@@ -75,7 +65,8 @@ AddSpammerResult AddSpammer(const std::string& path, std::string_view entry) {
   }
   for (std::string_view rest = bytes; !rest.empty();) {
     const size_t end = rest.find('\n');
-    if (EqualsNoCase(Trimmed(rest.substr(0, end)), entry)) return AddSpammerResult::kAlreadyListed;
+    if (EqualsNoCase(Trimmed(rest.substr(0, end), " \t\r"), entry))
+      return AddSpammerResult::kAlreadyListed;
     rest = end == std::string_view::npos ? std::string_view() : rest.substr(end + 1);
   }
   // New lines follow the file's own line ends.

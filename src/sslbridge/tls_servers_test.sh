@@ -17,24 +17,20 @@ cleanup() {
 }
 trap cleanup EXIT
 
+certificates=$(dirname "$0")/../../scripts/test-certificates.sh
 ca() {  # name
-  openssl req -x509 -newkey rsa:2048 -nodes -days 2 -subj "/CN=Brindle $1" \
-    -addext "basicConstraints=critical,CA:TRUE" -addext "keyUsage=critical,keyCertSign,cRLSign" \
-    -keyout "$work/$1.key" -out "$work/$1.pem" 2>/dev/null
+  "$certificates" --rsa ca "$work/$1.pem" "$work/$1.key" "Brindle $1"
 }
 leaf() {  # name ca dns-name
-  openssl req -newkey rsa:2048 -nodes -subj "/CN=$3" -keyout "$work/$1.key" -out "$work/$1.csr" \
-    2>/dev/null
-  printf 'subjectAltName=DNS:%s\nextendedKeyUsage=serverAuth\n' "$3" >"$work/$1.ext"
-  openssl x509 -req -in "$work/$1.csr" -CA "$work/$2.pem" -CAkey "$work/$2.key" \
-    -CAcreateserial -days 2 -extfile "$work/$1.ext" -out "$work/$1.pem" 2>/dev/null
+  "$certificates" --rsa server "$work/$1.pem" "$work/$1.key" "$work/$2.pem" "$work/$2.key" "$3"
 }
 serve() {  # name -> sets the variable $port
   timeout 600 openssl s_server -rev -accept 127.0.0.1:0 -cert "$work/$1.pem" \
     -key "$work/$1.key" >"$work/$1.out" 2>&1 &
   pids+=($!)
   for _ in $(seq 100); do
-    port=$(sed -n 's/^ACCEPT .*:\([0-9]*\)$/\1/p' "$work/$1.out" 2>/dev/null)
+    # Its output file may not exist yet, and a failing sed would end the script.
+    port=$(sed -n 's/^ACCEPT .*:\([0-9]*\)$/\1/p' "$work/$1.out" 2>/dev/null || true)
     [ -n "$port" ] && return 0
     sleep 0.1
   done

@@ -5,64 +5,13 @@
 
 #include <cstdio>
 #include <string>
-#include <vector>
 
 #include "core/language.h"
+#include "oewin/window_picture_win32.h"
 #include "ui/options_window_win32.h"
 #include "ui/page_views_win32.h"
 
 namespace {
-
-void RunMessagesFor(DWORD ms) {
-  const DWORD start = GetTickCount();
-  while (GetTickCount() - start < ms) {
-    MSG m;
-    while (PeekMessageW(&m, nullptr, 0, 0, PM_REMOVE)) {
-      TranslateMessage(&m);
-      DispatchMessageW(&m);
-    }
-    Sleep(20);
-  }
-}
-
-bool SaveBmp(HWND window, const std::string& path) {
-  // The client area: without a window manager there is no frame to show.
-  RECT r;
-  GetClientRect(window, &r);
-  MapWindowPoints(window, nullptr, reinterpret_cast<POINT*>(&r), 2);
-  const int w = r.right - r.left, h = r.bottom - r.top;
-  HDC screen = GetDC(nullptr);
-  HDC memory = CreateCompatibleDC(screen);
-  HBITMAP bitmap = CreateCompatibleBitmap(screen, w, h);
-  SelectObject(memory, bitmap);
-  BitBlt(memory, 0, 0, w, h, screen, r.left, r.top, SRCCOPY);
-  BITMAPINFOHEADER info{};
-  info.biSize = sizeof info;
-  info.biWidth = w;
-  info.biHeight = h;
-  info.biPlanes = 1;
-  info.biBitCount = 24;
-  const DWORD stride = ((w * 3) + 3) & ~3u;
-  std::vector<char> pixels(stride * h);
-  GetDIBits(memory, bitmap, 0, h, pixels.data(), reinterpret_cast<BITMAPINFO*>(&info),
-            DIB_RGB_COLORS);
-  BITMAPFILEHEADER file{};
-  file.bfType = 0x4D42;
-  file.bfOffBits = sizeof file + sizeof info;
-  file.bfSize = file.bfOffBits + static_cast<DWORD>(pixels.size());
-  FILE* out = std::fopen(path.c_str(), "wb");
-  bool ok = out != nullptr;
-  if (ok) {
-    std::fwrite(&file, sizeof file, 1, out);
-    std::fwrite(&info, sizeof info, 1, out);
-    std::fwrite(pixels.data(), 1, pixels.size(), out);
-    std::fclose(out);
-  }
-  DeleteObject(bitmap);
-  DeleteDC(memory);
-  ReleaseDC(nullptr, screen);
-  return ok;
-}
 
 brindle::Settings Sample(int16_t language) {
   using namespace brindle;
@@ -117,10 +66,13 @@ int main(int argc, char** argv) {
   brindle::ui::OptionsWindow options(applier, windows);
   for (size_t tab = 0; tab < brindle::ui::kTabCount; ++tab) {
     if (!options.Open(nullptr, tab)) return 1;
-    RunMessagesFor(tab == 0 ? 1500 : 400);
+    brindle::DispatchMessagesFor(tab == 0 ? 1500 : 400);
     char name[16];
     std::snprintf(name, sizeof name, "%02u.bmp", static_cast<unsigned>(tab));
-    if (!SaveBmp(options.Handle(), std::string(argv[2]) + "\\" + name)) return 1;
+    // The client area: without a window manager there is no frame to show.
+    if (!brindle::SaveWindowPicture(options.Handle(), brindle::WindowPart::kClientArea,
+                                    std::string(argv[2]) + "\\" + name))
+      return 1;
   }
   return 0;
 }

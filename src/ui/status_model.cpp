@@ -7,18 +7,6 @@
 
 namespace brindle::ui {
 
-const char* ProtocolName(int32_t type) {
-  switch (type) {
-    case kTypeNntp:
-      return "NNTP";
-    case kTypePop3:
-      return "POP3";
-    case kTypeSmtp:
-      return "SMTP";
-  }
-  return "?";
-}
-
 std::string ChannelStateName(const CChannel& c) {
   if (c.PassesUnprocessed()) return "TLS, passed through";
   if (c.blnWorking) return "processing";

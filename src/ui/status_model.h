@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "core/settings.h"
 #include "proxy/step_counts.h"
 
 namespace brindle {
@@ -54,7 +55,7 @@ StatusModel ReadStatus(const Proxy& proxy);
 // The channel's protocol state as the status table names it.
 std::string ChannelStateName(const CChannel& channel);
 
-// "NNTP", "POP3", "SMTP".
-const char* ProtocolName(int32_t type);
+// The pages name protocols as the rest of the program does.
+using brindle::ProtocolName;
 
 }  // namespace brindle::ui

@@ -19,18 +19,13 @@ wait_port() {
   return 1
 }
 
-# A test CA and a certificate for "localhost", made with the openssl tool.
+# A test CA and a certificate for "localhost" and 127.0.0.1.
 make_pki() {
-  local d=$WORK/pki
+  local d=$WORK/pki certificates
+  certificates=$(dirname "${BASH_SOURCE[0]}")/../../scripts/test-certificates.sh
   mkdir -p "$d"
-  openssl req -x509 -newkey ec -pkeyopt ec_paramgen_curve:P-256 -nodes -days 2 \
-    -subj "/CN=Brindle E2E CA" -keyout "$d/ca.key" -out "$d/ca.crt" \
-    -addext "basicConstraints=critical,CA:TRUE" -addext "keyUsage=critical,keyCertSign" 2>/dev/null
-  openssl req -newkey ec -pkeyopt ec_paramgen_curve:P-256 -nodes -subj "/CN=localhost" \
-    -keyout "$d/server.key" -out "$d/server.csr" 2>/dev/null
-  printf 'subjectAltName=DNS:localhost,IP:127.0.0.1\nextendedKeyUsage=serverAuth\n' >"$d/ext.cnf"
-  openssl x509 -req -in "$d/server.csr" -CA "$d/ca.crt" -CAkey "$d/ca.key" -CAcreateserial \
-    -days 2 -extfile "$d/ext.cnf" -out "$d/server.crt" 2>/dev/null
+  "$certificates" ca "$d/ca.crt" "$d/ca.key" "Brindle E2E CA"
+  "$certificates" server "$d/server.crt" "$d/server.key" "$d/ca.crt" "$d/ca.key" localhost 127.0.0.1
   chmod 644 "$d"/*
 }
 

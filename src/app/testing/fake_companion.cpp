@@ -5,8 +5,11 @@
 // FAKE_COMPANION_DEAF is set, in which case it ignores QUIT so that the
 // program has to end it. A command must open with the key the program handed
 // over in BRINDLE_COMPANION_KEY; one without it is recorded as "refused".
+// It ends with the program that started it, so that a test that fails
+// halfway leaves nothing running that holds the test runner's output open.
 #include <arpa/inet.h>
 #include <netinet/in.h>
+#include <poll.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
@@ -72,32 +75,39 @@ int main(int argc, char** argv) {
       std::fclose(f);
     }
   }
+  const pid_t program = getppid();
   std::map<int, int> routes;  // port -> listening socket
   for (;;) {
+    pollfd waiting{control, POLLIN, 0};
+    if (poll(&waiting, 1, 200) == 0) {
+      if (getppid() != program) return 0;
+      continue;
+    }
     const int connection = accept(control, nullptr, nullptr);
     if (connection < 0) continue;
     std::string command = ReadCommand(connection);
-    close(connection);
-    if (command.empty()) continue;  // a probe: connected and left
-    const char* key = std::getenv("BRINDLE_COMPANION_KEY");
-    const std::string keyLine = key ? "k:" + std::string(key) + "\r\n" : "";
-    if (command.compare(0, keyLine.size(), keyLine) != 0) {
-      Record("refused");
+    if (command.empty()) {  // a probe: connected and left
+      close(connection);
       continue;
     }
-    command.erase(0, keyLine.size());
-    Record(command);
-    if (command.rfind("a:", 0) == 0) {
+    // Recorded and done before the connection closes: the program takes the
+    // close as the command's answer, so all is in place when it goes on.
+    const char* key = std::getenv("BRINDLE_COMPANION_KEY");
+    const std::string keyLine = key ? "k:" + std::string(key) + "\r\n" : "";
+    const bool keyed = command.compare(0, keyLine.size(), keyLine) == 0;
+    command.erase(0, keyed ? keyLine.size() : 0);
+    Record(keyed ? command : "refused");
+    if (keyed && command.rfind("a:", 0) == 0) {
       const int port = std::atoi(command.c_str() + 2);
       if (routes.count(port) == 0) routes[port] = Listen(port);
-    } else if (command.rfind("d:", 0) == 0) {
+    } else if (keyed && command.rfind("d:", 0) == 0) {
       const auto it = routes.find(std::atoi(command.c_str() + 2));
       if (it != routes.end()) {
         close(it->second);
         routes.erase(it);
       }
-    } else if (command == "QUIT" && !deaf) {
-      return 0;
     }
+    close(connection);
+    if (keyed && command == "QUIT" && !deaf) return 0;
   }
 }

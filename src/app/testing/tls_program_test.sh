@@ -14,14 +14,10 @@ cleanup() {
 }
 trap cleanup EXIT
 
-openssl req -x509 -newkey rsa:2048 -nodes -days 2 -subj "/CN=Brindle Private CA" \
-  -addext "basicConstraints=critical,CA:TRUE" -addext "keyUsage=critical,keyCertSign,cRLSign" \
-  -keyout "$work/ca.key" -out "$work/ca.pem" 2>/dev/null
-openssl req -newkey rsa:2048 -nodes -subj "/CN=localhost" -keyout "$work/server.key" \
-  -out "$work/server.csr" 2>/dev/null
-printf 'subjectAltName=DNS:localhost\nextendedKeyUsage=serverAuth\n' >"$work/server.ext"
-openssl x509 -req -in "$work/server.csr" -CA "$work/ca.pem" -CAkey "$work/ca.key" -CAcreateserial \
-  -days 2 -extfile "$work/server.ext" -out "$work/server.pem" 2>/dev/null
+certificates=$here/../../../scripts/test-certificates.sh
+"$certificates" --rsa ca "$work/ca.pem" "$work/ca.key" "Brindle Private CA"
+"$certificates" --rsa server "$work/server.pem" "$work/server.key" "$work/ca.pem" "$work/ca.key" \
+  localhost
 
 python3 "$here/tls_pop3_server.py" "$work/server.pem" "$work/server.key" >"$work/port" &
 server=$!
