@@ -35,8 +35,11 @@ constexpr DWORD kRunLimitMs = 60000;
 std::string MakeTempFolder() {
   char base[MAX_PATH] = {};
   GetTempPathA(MAX_PATH, base);
-  const std::string folder =
-      std::string(base) + "brindle-program-" + std::to_string(GetCurrentProcessId());
+  // One folder per test: a companion of the test before may still hold its
+  // copy of the program folder's files for a moment.
+  static int tests = 0;
+  const std::string folder = std::string(base) + "brindle-program-" +
+                             std::to_string(GetCurrentProcessId()) + "-" + std::to_string(++tests);
   CreateDirectoryA(folder.c_str(), nullptr);
   return folder;
 }

@@ -54,6 +54,10 @@ ChannelPair::~ChannelPair() {
 }
 
 void ChannelPair::Start() {
+  Safely("start", [this] { Begin(); });
+}
+
+void ChannelPair::Begin() {
   lastActivity_ = Clock::now();
   serverOwes_ = lastActivity_;  // the connect and the greeting
   Watch();
@@ -67,7 +71,7 @@ void ChannelPair::Start() {
   resolver_.async_resolve(target_.host, std::to_string(target_.port),
                           [self = shared_from_this()](std::error_code ec, auto results) {
                             if (ec) return self->Ended("server name lookup", ec);
-                            self->ConnectTo(results);
+                            self->Safely("connect", [&] { self->ConnectTo(results); });
                           });
 }
 
@@ -76,14 +80,18 @@ void ChannelPair::ConnectTo(const tcp::resolver::results_type& endpoints) {
   asio::async_connect(server_, endpoints,
                       [self = shared_from_this()](std::error_code ec, const tcp::endpoint&) {
                         if (ec) return self->Ended("server connect", ec);
-                        if (!self->RouteIsTheCompanions()) return self->Ended("route check", {});
-                        std::error_code ignored;
-                        const auto local = self->server_.local_endpoint(ignored);
-                        if (!ignored) self->channel_.ServerConnected(local.address().to_string());
-                        self->NoDelay();
-                        self->Pump(self->down_);
-                        self->Pump(self->up_);
+                        self->Safely("connect", [&] { self->Connected(); });
                       });
+}
+
+void ChannelPair::Connected() {
+  if (!RouteIsTheCompanions()) return Ended("route check", {});
+  std::error_code ignored;
+  const auto local = server_.local_endpoint(ignored);
+  if (!ignored) channel_.ServerConnected(local.address().to_string());
+  NoDelay();
+  Pump(down_);
+  Pump(up_);
 }
 
 // Any user may listen on a free loopback port; the client's login must reach
@@ -109,12 +117,11 @@ void ChannelPair::NoDelay() {
 void ChannelPair::Pump(Direction& d) {
   if (closed_) return;
   if (d.piece.size() != kReadSize) d.piece.resize(kReadSize);
-  d.from.async_read_some(asio::buffer(d.piece),
-                         [self = shared_from_this(), &d](std::error_code ec, size_t n) {
-                           if (ec)
-                             return self->Ended(d.fromClient ? "client side" : "server side", ec);
-                           self->Forward(d, n);
-                         });
+  d.from.async_read_some(
+      asio::buffer(d.piece), [self = shared_from_this(), &d](std::error_code ec, size_t n) {
+        if (ec) return self->Ended(d.fromClient ? "client side" : "server side", ec);
+        self->Safely(d.fromClient ? "client data" : "server data", [&] { self->Forward(d, n); });
+      });
 }
 
 void ChannelPair::Forward(Direction& d, size_t n) {
@@ -123,15 +130,9 @@ void ChannelPair::Forward(Direction& d, size_t n) {
   if (target_.traffic)
     (d.fromClient ? target_.traffic->fromClient : target_.traffic->fromServer) += n;
   if (!d.fromClient) serverOwes_.reset();
-  try {
-    d.piece.resize(n);
-    d.out = d.fromClient ? channel_.ProcessClientData(std::move(d.piece))
-                         : channel_.ProcessServerData(std::move(d.piece));
-  } catch (const std::exception& e) {  // out of memory among them: this channel goes
-    log::Warning("Channel " + std::to_string(index_) + " ended, " +
-                 (d.fromClient ? "client" : "server") + " data not processed: " + e.what());
-    return Ended("data", {});
-  }
+  d.piece.resize(n);
+  d.out = d.fromClient ? channel_.ProcessClientData(std::move(d.piece))
+                       : channel_.ProcessServerData(std::move(d.piece));
   if (channel_.Ending()) return SayFarewell();
   if (d.out.empty()) return Pump(d);
   if (d.fromClient) {  // the server's answer is due within its limit of the client's last byte
@@ -143,11 +144,21 @@ void ChannelPair::Forward(Direction& d, size_t n) {
                       if (ec)
                         return self->Ended(d.fromClient ? "server write" : "client write", ec);
                       self->lastActivity_ = Clock::now();
-                      // A piece passed on unchanged comes back as the next read's buffer.
-                      d.out.clear();
-                      if (d.out.capacity() >= kReadSize) std::swap(d.piece, d.out);
-                      self->Pump(d);
+                      self->Safely("write", [&] { self->Written(d); });
                     });
+}
+
+void ChannelPair::Written(Direction& d) {
+  d.out.clear();
+  if (d.out.capacity() > 2 * kReadSize) {
+    // A held message's storage goes back as soon as the message has gone:
+    // an open connection keeps no more than its read buffers.
+    d.out.shrink_to_fit();
+  } else if (d.out.capacity() >= kReadSize) {
+    // A piece passed on unchanged comes back as the next read's buffer.
+    std::swap(d.piece, d.out);
+  }
+  Pump(d);
 }
 
 // One timer serves both limits: it is set for the nearer deadline and, when
@@ -164,7 +175,7 @@ void ChannelPair::Watch() {
     auto self = weak.lock();
     if (ec || !self) return;
     self->armedFor_.reset();
-    self->Expired();
+    self->Safely("time limit", [&] { self->Expired(); });
   });
 }
 
@@ -196,6 +207,18 @@ void ChannelPair::SayFarewell() {
   asio::async_write(
       client_, asio::buffer(farewell_),
       [self = shared_from_this()](std::error_code, size_t) { self->Ended("limit", {}); });
+}
+
+// No exception may leave a handler: the event loop serves every other
+// channel and tunnel. Out of memory while serving this one ends it alone.
+template <class Step>
+void ChannelPair::Safely(const char* what, Step&& step) {
+  try {
+    step();
+  } catch (const std::exception& e) {
+    log::Warning("Channel " + std::to_string(index_) + " ended (" + what + "): " + e.what());
+    Ended(what, {});
+  }
 }
 
 void ChannelPair::Ended(const char* what, const std::error_code& ec) {

@@ -81,8 +81,13 @@ class ChannelPair : public std::enable_shared_from_this<ChannelPair> {
   void ConnectTo(const asio::ip::tcp::resolver::results_type& endpoints);
   bool RouteIsTheCompanions();
   void NoDelay();
+  void Begin();
+  void Connected();
   void Pump(Direction& d);
   void Forward(Direction& d, size_t n);
+  void Written(Direction& d);
+  template <class Step>
+  void Safely(const char* what, Step&& step);
   void SayFarewell();
   void Ended(const char* what, const std::error_code& ec);
   void Watch();

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <exception>
+#include <functional>
+#include <string_view>
 #include <vector>
 
 #include "core/log.h"
@@ -15,26 +17,30 @@ namespace {
 
 inline constexpr size_t kFilterBeginPieceLimit = 30000;
 
-// Runs `steps` on a copy; on any failure the original goes on unchanged.
+// Runs `steps` on the text in place, so a large message is never copied for
+// safety: a failing step leaves the text whole, and it goes on as the steps
+// before left it.
 template <typename Steps>
 std::string Guarded(const char* what, std::string text, Steps&& run) {
   try {
-    return run(std::string(text));
+    run(text);
   } catch (const std::exception& e) {
-    log::Warning(std::string(what) + " failed, message passed on unchanged: " + e.what());
+    log::Warning(std::string(what) +
+                 " failed, message passed on as the earlier steps left it: " + e.what());
   } catch (...) {
-    log::Warning(std::string(what) + " failed, message passed on unchanged");
+    log::Warning(std::string(what) + " failed, message passed on as the earlier steps left it");
   }
   return text;
 }
 
-// One outgoing step, counted in `tally` when it changed the text.
+// One outgoing step, counted in `tally` when it changed the text. Length and
+// a fingerprint tell, where a copy to compare with would double the memory.
 template <typename Step>
-std::string Counted(uint64_t& tally, std::string t, Step&& step) {
-  std::string before = t;
+void Counted(uint64_t& tally, std::string& t, Step&& step) {
+  const size_t size = t.size();
+  const size_t print = std::hash<std::string_view>{}(t);
   t = step(std::move(t));
-  if (t != before) ++tally;
-  return t;
+  if (t.size() != size || std::hash<std::string_view>{}(t) != print) ++tally;
 }
 
 // Notes which steps of a downloaded message change its text, without
@@ -51,8 +57,11 @@ class StepNotes {
       : filtering_(filtering), counts_(counts) {}
 
   template <typename Step>
-  std::string BeginLines(std::string text, Step&& step) {
-    if (!filtering_) return step(std::move(text));
+  void BeginLines(std::string& text, Step&& step) {
+    if (!filtering_) {
+      text = step(std::move(text));
+      return;
+    }
     struct Spot {
       size_t at;
       char before, blank;
@@ -62,32 +71,30 @@ class StepNotes {
          at = FastFind(text, "begin ", at + 1))
       spots.push_back({at, at > 0 ? text[at - 1] : '\0', text[at + 5]});
     const size_t size = text.size();
-    std::string after = step(std::move(text));
+    text = step(std::move(text));
     const bool changed =
-        after.size() != size || std::any_of(spots.begin(), spots.end(), [&](const Spot& s) {
-          return (s.at > 0 && after[s.at - 1] != s.before) || after[s.at + 5] != s.blank;
+        text.size() != size || std::any_of(spots.begin(), spots.end(), [&](const Spot& s) {
+          return (s.at > 0 && text[s.at - 1] != s.before) || text[s.at + 5] != s.blank;
         });
     if (changed) changes_.Add(DownloadStep::kBeginLines);
-    return after;
   }
 
   template <typename Step>
-  std::string ControlChars(std::string text, Step&& step) {
+  void ControlChars(std::string& text, Step&& step) {
     if (filtering_ && HasFilteredControls(text)) changes_.Add(DownloadStep::kControlChars);
-    return step(std::move(text));
+    text = step(std::move(text));
   }
 
   template <typename Step>
-  std::string Resizing(DownloadStep which, std::string text, Step&& step) {
+  void Resizing(DownloadStep which, std::string& text, Step&& step) {
     const size_t before = text.size();
-    std::string after = step(std::move(text));
-    if (after.size() != before) changes_.Add(which);
-    return after;
+    text = step(std::move(text));
+    if (text.size() != before) changes_.Add(which);
   }
 
   // The list is checked after every filter, on the text they leave.
-  std::string MarkListedSender(std::string text, const Settings& settings) {
-    if (!filtering_) return text;
+  void MarkListedSender(std::string& text, const Settings& settings) {
+    if (!filtering_) return;
     std::string sender = MailboxOf(HeaderValue(text, "From"));
     if (filtering_->spammers && filtering_->spammers->Matches(sender)) {
       text = MarkListedSpammer(std::move(text), settings.strSpammerAddress);
@@ -101,7 +108,6 @@ class StepNotes {
     counts_.subjectsMarked += changes_.Has(DownloadStep::kSubjectMarked);
     counts_.sendersListed += changes_.Has(DownloadStep::kSpammerList);
     counts_.multipartsRelabelled += changes_.Has(DownloadStep::kMultipartRelabelled);
-    return text;
   }
 
  private:
@@ -113,67 +119,62 @@ class StepNotes {
 }  // namespace
 
 std::string RewriteNewsArticle(std::string text, const Settings& settings, MessageSteps& steps) {
-  return Guarded("Rewriting of a posted article", std::move(text), [&](std::string t) {
+  return Guarded("Rewriting of a posted article", std::move(text), [&](std::string& t) {
     StepCounts c;
-    t = Counted(c.signaturesAppended, std::move(t),
-                [&](std::string x) { return steps.AppendSignature(std::move(x), settings); });
-    t = Counted(c.referencesShortened, std::move(t), [&](std::string x) {
+    Counted(c.signaturesAppended, t,
+            [&](std::string&& x) { return steps.AppendSignature(std::move(x), settings); });
+    Counted(c.referencesShortened, t, [&](std::string&& x) {
       return steps.CutReferences(std::move(x), settings.intStripRef);
     });
-    t = Counted(c.headersReplaced, std::move(t),
-                [&](std::string x) { return steps.ChangeNewsHeaders(std::move(x), settings); });
-    t = Counted(c.customHeadersInserted, std::move(t), [&](std::string x) {
-      return steps.InsertNewsCustomHeaders(std::move(x), settings);
-    });
+    Counted(c.headersReplaced, t,
+            [&](std::string&& x) { return steps.ChangeNewsHeaders(std::move(x), settings); });
+    Counted(c.customHeadersInserted, t,
+            [&](std::string&& x) { return steps.InsertNewsCustomHeaders(std::move(x), settings); });
     steps.counts += c;  // only a message that went through is counted
-    return t;
   });
 }
 
 std::string RewriteMail(std::string text, const Settings& settings, MessageSteps& steps) {
-  return Guarded("Rewriting of a sent mail", std::move(text), [&](std::string t) {
+  return Guarded("Rewriting of a sent mail", std::move(text), [&](std::string& t) {
     StepCounts c;
-    t = Counted(c.headersReplaced, std::move(t),
-                [&](std::string x) { return steps.ChangeMailHeaders(std::move(x), settings); });
-    t = Counted(c.customHeadersInserted, std::move(t), [&](std::string x) {
-      return steps.InsertMailCustomHeaders(std::move(x), settings);
-    });
+    Counted(c.headersReplaced, t,
+            [&](std::string&& x) { return steps.ChangeMailHeaders(std::move(x), settings); });
+    Counted(c.customHeadersInserted, t,
+            [&](std::string&& x) { return steps.InsertMailCustomHeaders(std::move(x), settings); });
     steps.counts += c;
-    return t;
   });
 }
 
 std::string FilterNewsArticle(std::string text, size_t lastPieceLength, const Settings& settings,
                               MessageSteps& steps, DownloadFiltering* filtering) {
-  return Guarded("Filtering of a downloaded article", std::move(text), [&](std::string t) {
+  return Guarded("Filtering of a downloaded article", std::move(text), [&](std::string& t) {
     StepNotes notes(filtering, steps.counts);
     if (settings.intBeginFilter == 1 && lastPieceLength < kFilterBeginPieceLimit) {
-      t = notes.BeginLines(std::move(t),
-                           [&](std::string s) { return steps.FilterBegin(std::move(s)); });
+      notes.BeginLines(t, [&](std::string&& s) { return steps.FilterBegin(std::move(s)); });
     }
     if (settings.intCharFiltering == 1) {
-      t = notes.ControlChars(std::move(t), [&](std::string s) {
+      notes.ControlChars(t, [&](std::string&& s) {
         return steps.FilterChars(std::move(s), settings.intCharFiltering);
       });
     }
-    t = notes.Resizing(DownloadStep::kMultipartRelabelled, std::move(t),
-                       [&](std::string s) { return steps.FixBoundary(std::move(s)); });
-    return notes.MarkListedSender(std::move(t), settings);
+    notes.Resizing(DownloadStep::kMultipartRelabelled, t,
+                   [&](std::string&& s) { return steps.FixBoundary(std::move(s)); });
+    notes.MarkListedSender(t, settings);
   });
 }
 
 std::string FilterMailMessage(std::string text, const Settings& settings, MessageSteps& steps,
                               DownloadFiltering* filtering) {
-  return Guarded("Filtering of a downloaded mail", std::move(text), [&](std::string t) {
+  return Guarded("Filtering of a downloaded mail", std::move(text), [&](std::string& t) {
     StepNotes notes(filtering, steps.counts);
     if (settings.intAsianFilter == 1) {
-      t = notes.Resizing(DownloadStep::kSubjectMarked, std::move(t), [&](std::string s) {
+      notes.Resizing(DownloadStep::kSubjectMarked, t, [&](std::string&& s) {
         return steps.MarkAsianSpam(std::move(s), settings.intAFPercentage, settings.intAFMin);
       });
     }
-    t = notes.Resizing(DownloadStep::kMultipartRelabelled, std::move(t),
-                       [&](std::string s) { return steps.FixBoundary(std::move(s)); });
-    return notes.MarkListedSender(std::move(t), settings);
+    notes.Resizing(DownloadStep::kMultipartRelabelled, t,
+                   [&](std::string&& s) { return steps.FixBoundary(std::move(s)); });
+    notes.MarkListedSender(t, settings);
   });
 }
 

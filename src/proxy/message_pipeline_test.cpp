@@ -29,14 +29,16 @@ TEST(MessagePipelineTest, UuencodeCheckDependsOnTheLastPieceNotTheArticle) {
   EXPECT_THAT(steps.calls, ElementsAre("FilterChars1", "FixBoundary"));
 }
 
-// Counts follow what the message went out as: a failed run counts nothing,
-// and a step that left the text as it was is not counted.
+// A failing step changes nothing itself; what the steps before it did
+// stays. A failed run counts nothing, and a step that left the text as it
+// was is not counted.
 TEST(MessagePipelineTest, MailFilterAndFailureKeepTheOriginalAndTheCounts) {
   Settings s;
   RecordingSteps steps;
   EXPECT_EQ(FilterMailMessage("m\r\n.\r\n", s, steps), "m{FixBoundary}\r\n.\r\n");
-  steps.failIn = "ChangeNewsHeaders";  // a later step fails: nothing of the earlier ones stays
-  EXPECT_EQ(RewriteNewsArticle("a\r\n.\r\n", s, steps), "a\r\n.\r\n");
+  steps.failIn = "ChangeNewsHeaders";
+  EXPECT_EQ(RewriteNewsArticle("a\r\n.\r\n", s, steps),
+            "a{AppendSignature}{CutReferences950}\r\n.\r\n");
   EXPECT_EQ(steps.counts.signaturesAppended, 0u);
 
   MessageSteps real;
@@ -83,7 +85,7 @@ TEST(MessagePipelineTest, RecordNamesTheStepsThatChangedTheText) {
   failing.failIn = "FixBoundary";
   DownloadFiltering failed(&list);
   EXPECT_EQ(FilterMailMessage("+OK\r\nFrom: a@b\r\n\r\n.\r\n", s, failing, &failed),
-            "+OK\r\nFrom: a@b\r\n\r\n.\r\n");
+            "+OK\r\nFrom: a@b\r\n{MarkAsianSpam90/10}\r\n.\r\n");
   EXPECT_FALSE(failed.changes.Any());
 
   // The status page counts the same steps, once per message that went through.

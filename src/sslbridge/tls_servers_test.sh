@@ -29,7 +29,8 @@ serve() {  # name -> sets the variable $port
     -key "$work/$1.key" >"$work/$1.out" 2>&1 &
   pids+=($!)
   for _ in $(seq 100); do
-    port=$(sed -n 's/^ACCEPT .*:\([0-9]*\)$/\1/p' "$work/$1.out" 2>/dev/null)
+    # Its output file may not exist yet, and a failing sed would end the script.
+    port=$(sed -n 's/^ACCEPT .*:\([0-9]*\)$/\1/p' "$work/$1.out" 2>/dev/null || true)
     [ -n "$port" ] && return 0
     sleep 0.1
   done
