@@ -55,8 +55,6 @@ TEST(QuoteFixTest, SubjectDecidesWhetherTheTextIsReworked) {
     EXPECT_EQ(Count(out, kCursorMarker), c.reworked ? 1u : 0u) << c.subject;
   }
   EXPECT_EQ(Fix("", "\r\n-- \r\nMarek"), "\r\n\r\n-- \r\nMarek");
-  EXPECT_EQ(Fix("", ""), "");
-  EXPECT_EQ(Fix("Hello", ""), "");
 }
 
 TEST(QuoteFixTest, ClientReplyBottomAndTopPosting) {

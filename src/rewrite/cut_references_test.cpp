@@ -47,8 +47,6 @@ TEST(CutReferences, SameResultAsDroppingOneIdPerPass) {
     }
   }
   EXPECT_EQ(CutReferences(Article(lines[1]), 23), Article("References: <A>   <C>\r"));
-  EXPECT_EQ(CutReferences(Article(ids), 500),
-            Article("References: " + Id(0) + "  " + ids.substr(ids.size() - 411)));
 }
 
 TEST(CutReferences, LinesThatCannotBeShortenedAreLeftAlone) {

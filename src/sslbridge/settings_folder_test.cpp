@@ -42,7 +42,7 @@ TEST(SettingsFolder, TheCompanionReadsItsConfigurationFromTheFolderInUse) {
   testing::Identity ca = testing::MakeCa("Private CA");
   const std::string caFile = testing::WritePemFile(ca.cert.get());
   testing::TlsEchoServer server(testing::MakeServerCert(ca, {"localhost"}),
-                                {"+OK private server ready\r\n", {}});
+                                "+OK private server ready\r\n");
   const uint16_t tunnel = testing::FreePort();
   std::ofstream(settings / "OE_Brindle.ini", std::ios::binary)
       << "[POP3Server]\r\nServerName=localhost\r\nSrcPort=" << tunnel

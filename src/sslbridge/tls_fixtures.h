@@ -7,7 +7,6 @@
 
 #include <atomic>
 #include <cstdint>
-#include <functional>
 #include <memory>
 #include <mutex>
 #include <string>
@@ -36,18 +35,12 @@ Identity MakeServerCert(const Identity& ca, const std::vector<std::string>& dnsN
 // Writes the certificate as PEM into a fresh temporary file; returns its path.
 std::string WritePemFile(X509* cert);
 
-// What a scripted server says: its greeting, and its answer to each piece.
-struct ServerScript {
-  std::string greeting;
-  std::function<std::string(const std::string& piece)> answer;
-};
-
 // Echoes whatever it receives. A received line "BYE" is answered with
 // "bye\r\n", after which the server drops the connection without close_notify.
-// With a script it greets and answers as the script says instead of echoing.
+// A non-empty `greeting` is sent first, as a server's opening line.
 class TlsEchoServer {
  public:
-  explicit TlsEchoServer(const Identity& identity, ServerScript script = {});
+  explicit TlsEchoServer(const Identity& identity, std::string greeting = {});
   ~TlsEchoServer();
   uint16_t Port() const { return port_; }
   std::vector<std::string> ServerNamesSeen() const;
@@ -57,7 +50,7 @@ class TlsEchoServer {
   void AcceptLoop();
   void Serve(int fd);
 
-  ServerScript script_;
+  std::string greeting_;
   void* ctx_;  // SSL_CTX
   int listenFd_ = -1;
   uint16_t port_ = 0;

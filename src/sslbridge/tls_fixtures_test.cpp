@@ -103,8 +103,8 @@ std::string WritePemFile(X509* cert) {
   return path;
 }
 
-TlsEchoServer::TlsEchoServer(const Identity& identity, ServerScript script)
-    : script_(std::move(script)) {
+TlsEchoServer::TlsEchoServer(const Identity& identity, std::string greeting)
+    : greeting_(std::move(greeting)) {
   SSL_CTX* ctx = SSL_CTX_new(TLS_server_method());
   SSL_CTX_use_certificate(ctx, identity.cert.get());
   SSL_CTX_use_PrivateKey(ctx, identity.key.get());
@@ -153,8 +153,8 @@ void TlsEchoServer::Serve(int fd) {
       std::lock_guard lock(mutex_);
       names_.push_back(sni);
     }
-    if (!script_.greeting.empty()) {
-      SSL_write(ssl, script_.greeting.data(), static_cast<int>(script_.greeting.size()));
+    if (!greeting_.empty()) {
+      SSL_write(ssl, greeting_.data(), static_cast<int>(greeting_.size()));
     }
     char buf[16384];
     for (;;) {
@@ -171,8 +171,7 @@ void TlsEchoServer::Serve(int fd) {
         SSL_write(ssl, "bye\r\n", 5);
         break;  // drop the line without close_notify, as many servers do
       }
-      const std::string reply = script_.answer ? script_.answer(piece) : piece;
-      if (SSL_write(ssl, reply.data(), static_cast<int>(reply.size())) <= 0) break;
+      if (SSL_write(ssl, piece.data(), static_cast<int>(piece.size())) <= 0) break;
     }
   }
   SSL_free(ssl);
