@@ -13,6 +13,7 @@
 #include <asio/post.hpp>
 #include <asio/read.hpp>
 #include <asio/write.hpp>
+#include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -237,6 +238,9 @@ void BM_ArticleMemory(benchmark::State& state) {
     asio::write(socket, asio::buffer(command));
     ReadUntilEnd(socket, "\r\n.\r\n", buffer);
     peak = static_cast<double>(ProcessMemory("VmHWM") - before);
+    // The proxy gives the storage back once its last write has completed,
+    // which may be just after the client has read the end.
+    std::this_thread::sleep_for(std::chrono::milliseconds(100));
     after = static_cast<double>(ProcessMemory("VmRSS") - before);
     asio::write(socket, asio::buffer(small));
     ReadUntilEnd(socket, "\r\n.\r\n", buffer);

@@ -18,6 +18,8 @@ def medians(path):
 
 
 def size_label(size):
+    if not size.isdigit():  # a scenario of its own (tunnel:1/...), not a size
+        return "-"
     size = int(size)
     if size >= 1024 * 1024:
         return f"{size // (1024 * 1024)} MB"

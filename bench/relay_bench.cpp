@@ -29,8 +29,10 @@ using asio::ip::tcp;
 using Clock = std::chrono::steady_clock;
 
 const std::string kGreeting = "200 ready\r\n";
+const std::string kListHead = "215 list follows\r\n";
 
-// Greets, and answers "LIST" with `bytes` of group lines and the terminator.
+// Greets, and answers "LIST" with its status line, `bytes` of group lines
+// and the terminator.
 void Serve(uint16_t port, size_t bytes) {
   static asio::io_context io;
   static tcp::acceptor acceptor(io, tcp::endpoint(asio::ip::address_v4::loopback(), port));
@@ -50,6 +52,7 @@ void Serve(uint16_t port, size_t bytes) {
         socket->read_some(asio::buffer(&c, 1), ec);
         command += c;
       }
+      asio::write(*socket, asio::buffer(kListHead), ec);
       for (size_t sent = 0; !ec && sent < bytes; sent += block.size())
         asio::write(*socket, asio::buffer(block.data(), std::min(block.size(), bytes - sent)), ec);
       asio::write(*socket, asio::buffer(std::string(".\r\n")), ec);
@@ -69,7 +72,7 @@ double Fetch(uint16_t port, size_t bytes) {
   const auto start = Clock::now();
   asio::write(socket, asio::buffer(std::string("LIST\r\n")));
   got = 0;
-  while (got < bytes + 3) got += socket.read_some(asio::buffer(buffer));
+  while (got < kListHead.size() + bytes + 3) got += socket.read_some(asio::buffer(buffer));
   return std::chrono::duration<double>(Clock::now() - start).count();
 }
 

@@ -22,13 +22,11 @@ class FakeSystem : public ClientHostSystem {
   std::vector<std::string> journal;
   std::set<std::string> windows;  // "class" or "class|caption"
   unsigned version = 5;
-  std::string baseName = "brindle";
   std::map<std::string, std::string> registry;  // "key|value" -> data
   std::set<std::string> files;
   std::string currentFolder = "D:\\start";
   bool mutexHeld = false;
   bool clientSawMutex = false;
-  bool clientLoads = true;
 
   bool WindowExists(std::string_view type, std::optional<std::string_view> caption) override {
     std::string key(type);
@@ -39,7 +37,7 @@ class FakeSystem : public ClientHostSystem {
     journal.push_back("front " + std::string(type));
   }
   unsigned WindowsMajorVersion() override { return version; }
-  std::string ProgramBaseName() override { return baseName; }
+  std::string ProgramBaseName() override { return "brindle"; }
   std::optional<std::string> ReadRegistryString(RegistryRoot, std::string_view key,
                                                 std::string_view value) override {
     auto it = registry.find(std::string(key) + "|" + std::string(value));
@@ -84,7 +82,6 @@ class FakeSystem : public ClientHostSystem {
     journal.push_back("run " + library + " " + std::to_string(flags) + " [" + commandLine + "] " +
                       std::to_string(show));
     clientSawMutex = mutexHeld;
-    if (!clientLoads) return std::nullopt;
     return 0;
   }
 };

@@ -46,26 +46,6 @@ TEST(InstanceLock, OneHolderPerFolderUntilItGoes) {
   std::filesystem::remove_all(root);
 }
 
-TEST(ChildWatcher, ReportsEachChildsStatusAsAShellWould) {
-  asio::io_context io;
-  ChildWatcher children(io);
-  const pid_t ok = SpawnProcess("/bin/sh", {"-c", "exit 0"}, false).value();
-  const pid_t three = SpawnProcess("sh", {"-c", "exit 3"}, true).value();
-  const pid_t killed = SpawnProcess("sh", {"-c", "kill -TERM $$"}, true).value();
-  ASSERT_GT(ok, 0);
-  ASSERT_GT(three, 0);
-  ASSERT_GT(killed, 0);
-  std::map<pid_t, int> statuses;
-  for (pid_t pid : {ok, three, killed})
-    children.Watch(pid, [&statuses, pid](int s) { statuses[pid] = s; });
-  while (statuses.size() < 3 && io.run_one()) {
-  }
-  EXPECT_EQ(statuses[ok], 0);
-  EXPECT_EQ(statuses[three], 3);
-  EXPECT_EQ(statuses[killed], 128 + SIGTERM);
-  EXPECT_FALSE(children.Running(three));
-}
-
 TEST(ChildWatcher, OnlyTheCompanionLeavesTheTerminalsProcessGroup) {
   asio::io_context io;
   ChildWatcher children(io);
