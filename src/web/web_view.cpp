@@ -8,6 +8,7 @@
 #include "ui/dry_run.h"
 #include "ui/status_model.h"
 #include "web/web_assets.h"
+#include "web/web_captions.h"
 #include "web/web_options.h"
 #include "web/web_text.h"
 
@@ -171,7 +172,8 @@ void WebView::KeepDisplayOn() {
   });
 }
 
-// Every caption of the current language, by offset, and the language list.
+// Every language string of the current language, by offset, and the
+// browser view's own captions in the same language, by key.
 WebResponse WebView::Strings() {
   const auto settings = store_.Current();
   std::string json =
@@ -179,6 +181,12 @@ WebResponse WebView::Strings() {
   for (int offset = 1; offset <= kLanguageStringCount; ++offset) {
     json += (offset > 1 ? ",\"" : "\"") + std::to_string(offset) +
             "\":" + JsonString(LanguageString(*settings, offset));
+  }
+  json += "},\"web\":{";
+  bool first = true;
+  for (const auto& [key, text] : WebCaptions(settings->intLanguage)) {
+    json += (first ? "" : ",") + JsonString(key) + ":" + JsonString(text);
+    first = false;
   }
   return {200, "application/json", json + "}}", {}};
 }
@@ -232,10 +240,10 @@ WebResponse WebView::AddToSpammers(const std::string& sender) {
       result = "added";
       break;
     case AddSpammerResult::kAlreadyListed:
-      result = "already listed";
+      result = "listed";
       break;
     case AddSpammerResult::kNotAnEntry:
-      result = "not an address";
+      result = "notAddress";
       break;
     case AddSpammerResult::kNotSaved:
       break;

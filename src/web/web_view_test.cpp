@@ -174,7 +174,7 @@ TEST_F(WebViewTest, FilterLogLinesAndAddingTheirSenderToTheList) {
   EXPECT_EQ(view_.Handle(Post("/api/spammer", "status", "sender=joe%40spam.example")).body,
             "{\"result\":\"added\"}");
   EXPECT_EQ(view_.Handle(Post("/api/spammer", "status", "sender=joe%40spam.example")).body,
-            "{\"result\":\"already listed\"}");
+            "{\"result\":\"listed\"}");
   EXPECT_TRUE(SpammerList::Parse(ReadFile(s.strSpammers)).Matches("joe@spam.example"));
   std::filesystem::remove_all(dir);
 }

@@ -225,6 +225,10 @@ const before = await page.textContent("#nav-options");
 await page.selectOption("#language", "DE");
 await page.locator("#nav-options").filter({ hasNotText: before }).waitFor();
 check(await page.textContent("#nav-options") !== before, "switching the language changes the captions");
+await page.locator("#counts").filter({ hasText: "eigene Kopfzeilen eingefügt" }).waitFor();
+check(await page.textContent("#nav-dryrun") === "Probelauf" &&
+      (await page.textContent("#channels thead")).includes("Zustand"),
+      "the status page's own captions follow the language");
 
 // The dry run shows the rewritten article with the changed line marked.
 await page.click("#nav-dryrun");

@@ -2,9 +2,11 @@
 // from the program goes in through textContent, never as markup.
 "use strict";
 
-const state = { strings: {}, tokens: {}, view: "status", timer: null };
+const state = { strings: {}, texts: {}, tokens: {}, view: "status", timer: null, status: null, log: null };
 
 function caption(offset) { return state.strings[offset] || ""; }
+// The browser view's own captions, by key, in the same language.
+function text(key) { return state.texts[key] || key; }
 function stripAmpersand(text) { return text.replace(/&(.)/g, "$1"); }
 
 function showError(text) {
@@ -33,10 +35,15 @@ async function post(path, page, fields) {
 
 function applyStrings(answer) {
   state.strings = answer.strings;
+  state.texts = answer.web;
   document.getElementById("language").value = answer.language;
   document.documentElement.lang = answer.language.toLowerCase();
   for (const el of document.querySelectorAll("[data-caption]"))
     el.textContent = stripAmpersand(caption(el.dataset.caption)).replace(/:$/, "");
+  for (const el of document.querySelectorAll("[data-text]")) el.textContent = text(el.dataset.text);
+  // The tables show their last answers again, in the new language.
+  if (state.status) showStatus(state.status);
+  if (state.log) showFilterLog(state.log);
   document.dispatchEvent(new Event("brindle-strings"));
 }
 
@@ -53,20 +60,20 @@ function fillTable(id, items, fill) {
   for (const item of items) fill(body.insertRow(), item);
 }
 
-const countNames = [
-  ["headersReplaced", "headers replaced"], ["customHeadersInserted", "custom headers inserted"],
-  ["referencesShortened", "References shortened"], ["signaturesAppended", "signatures appended"],
-  ["controlCharsBlanked", "control characters blanked"], ["beginLinesDisarmed", "begin lines disarmed"],
-  ["subjectsMarked", "subjects marked"], ["multipartsRelabelled", "multiparts relabelled"],
-  ["sendersListed", "senders on the spammer list marked"],
-];
+const countNames = ["headersReplaced", "customHeadersInserted", "referencesShortened",
+  "signaturesAppended", "controlCharsBlanked", "beginLinesDisarmed", "subjectsMarked",
+  "multipartsRelabelled", "sendersListed"];
+
+// A channel state the program names ("posting") in the current language.
+function stateText(name) { return state.texts["state." + name] || name; }
 
 function showStatus(s) {
+  state.status = s;
   fillTable("tunnels", s.tunnels, (row, t) => {
     cell(row, t.protocol);
     cell(row, "127.0.0.1:" + t.srcPort);
     cell(row, t.server + ":" + t.destPort);
-    cell(row, t.tls ? "TLS" : "plain");
+    cell(row, t.tls ? "TLS" : text("tls.plain"));
     if (t.listening) cell(row, caption(77) || "Running", "listening");
     else if (t.startError) cell(row, caption(133) + " " + t.startError, "failed");
     else cell(row, caption(78) || "Stopped");
@@ -76,15 +83,15 @@ function showStatus(s) {
   fillTable("channels", s.channels, (row, c) => {
     cell(row, String(c.index), "num");
     cell(row, c.protocol);
-    const st = cell(row, c.state);
+    const st = cell(row, stateText(c.state));
     if (c.tlsInsidePlain) {
       st.className = "warning";
-      st.textContent = c.state + " — the client switched to TLS: its messages pass unprocessed";
+      st.textContent = stateText(c.state) + " — " + text("tls.insidePlain");
     }
     cell(row, c.bytesFromClient + " / " + c.bytesFromServer, "num");
   });
-  fillTable("counts", countNames, (row, [key, name]) => {
-    cell(row, name);
+  fillTable("counts", countNames, (row, key) => {
+    cell(row, text("count." + key));
     cell(row, String(s.counts[key]), "num").dataset.count = key;
   });
   document.getElementById("recent").textContent = s.recent;
@@ -93,19 +100,20 @@ function showStatus(s) {
 async function addSpammer(sender) {
   try {
     const answer = await post("/api/spammer", "status", { sender: sender });
-    document.getElementById("spammer-result").textContent = sender + ": " + answer.result;
+    document.getElementById("spammer-result").textContent = sender + ": " + text("spammer." + answer.result);
   } catch (e) {
     showError(e.message);
   }
 }
 
 function showFilterLog(log) {
+  state.log = log;
   fillTable("filter-log", log.lines.slice().reverse(), (row, l) => {
     for (const text of [l.time, l.tunnel, l.sender, l.subject, l.changes]) cell(row, text);
     if (!l.sender) return;
     const add = document.createElement("button");
     add.type = "button";
-    add.textContent = "add sender to the list";
+    add.textContent = text("log.addSender");
     add.addEventListener("click", () => addSpammer(l.sender));
     row.insertCell().append(add);
   });

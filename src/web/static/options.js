@@ -87,9 +87,10 @@ function senderBox(s) {
     if (newFile.value.trim()) files.append(fileRow(newFile.value.trim()));
     newFile.value = "";
   });
-  const warning = el("p", { class: "message" });
-  if (s.longLineLimit)
-    warning.textContent = caption(100) + " " + s.longLineLimit + " " + caption(128);
+  // Captioned pieces, so that a language switch rewords the warning too.
+  const warning = s.longLineLimit
+    ? el("p", { class: "message" }, captioned("span", 100), " " + s.longLineLimit + " ", captioned("span", 128))
+    : el("p", { class: "message" });
   box.append(
     el("div", { class: "field" }, captioned("span", 102), el("input", { name: "name", value: s.name ?? "" })),
     el("div", { class: "field" }, captioned("span", 103), el("input", { name: "email", value: s.email ?? "" })),
@@ -109,9 +110,7 @@ function senderBox(s) {
 
 function fillOptions(data) {
   options.loaded = data;
-  const note = document.getElementById("settings-file-note");
-  note.hidden = data.settingsFileExists;
-  note.textContent = "No settings file yet: add a tunnel below; Apply writes " + data.settingsFile;
+  showSettingsFileNote();
   const rows = document.getElementById("tunnel-rows");
   rows.replaceChildren(...data.tunnels.map(tunnelRow));
   headersPage(document.getElementById("news-headers"), data.news);
@@ -130,6 +129,15 @@ function fillOptions(data) {
     ...data.quotes.legend.map((offset) => captioned("li", offset)));
   document.getElementById("about-version").textContent = data.about.version;
   showTab(data.settingsFileExists ? options.tab : "tunnel-page");
+}
+
+function showSettingsFileNote() {
+  const data = options.loaded;
+  if (!data) return;
+  const note = document.getElementById("settings-file-note");
+  note.hidden = data.settingsFileExists;
+  note.textContent = text("settings.none").replace("{apply}", stripAmpersand(caption(39)))
+    .replace("{file}", data.settingsFile);
 }
 
 function showTab(name) {
@@ -206,4 +214,5 @@ document.addEventListener("DOMContentLoaded", () => {
     document.getElementById("sender-list").append(senderBox({})));
   document.getElementById("options-form").addEventListener("submit", applyOptions);
 });
+document.addEventListener("brindle-strings", showSettingsFileNote);
 document.addEventListener("brindle-view", (e) => { if (e.detail === "options") loadOptions(); });

@@ -1,0 +1,281 @@
+#include "web/web_captions.h"
+
+#include "core/settings.h"
+
+namespace brindle::web {
+namespace {
+
+using Captions = std::vector<std::pair<std::string_view, std::string_view>>;
+
+// "{apply}" and "{file}" in "settings.none" are filled in by the page: the
+// Apply button's own caption and the path of the file it will write.
+const Captions kEnglish = {
+    {"nav.status", "Status"},
+    {"nav.dryrun", "Dry run"},
+    {"col.state", "State"},
+    {"col.bytes", "Bytes in / out"},
+    {"col.channels", "Channels"},
+    {"counts.title", "Messages changed since start"},
+    {"log.time", "Time"},
+    {"log.from", "From"},
+    {"log.subject", "Subject"},
+    {"log.changed", "Changed"},
+    {"log.addSender", "add sender to the list"},
+    {"tls.plain", "plain"},
+    {"tls.insidePlain", "the client switched to TLS: its messages pass unprocessed"},
+    {"port.nextStart", "(from the next start)"},
+    {"dryrun.intro",
+     "Paste an article or a mail: it is shown as the current settings would send it. Nothing is "
+     "sent."},
+    {"dryrun.news", "News"},
+    {"dryrun.mail", "Mail"},
+    {"dryrun.show", "Show"},
+    {"settings.none", "No settings file yet: add a tunnel below; {apply} writes {file}"},
+    {"state.posting", "posting"},
+    {"state.collecting", "collecting"},
+    {"state.sending mail", "sending mail"},
+    {"state.relaying", "relaying"},
+    {"spammer.added", "added"},
+    {"spammer.listed", "already listed"},
+    {"spammer.notAddress", "not an address"},
+    {"spammer.failed", "failed"},
+    {"count.headersReplaced", "headers replaced"},
+    {"count.customHeadersInserted", "custom headers inserted"},
+    {"count.referencesShortened", "References shortened"},
+    {"count.signaturesAppended", "signatures appended"},
+    {"count.controlCharsBlanked", "control characters blanked"},
+    {"count.beginLinesDisarmed", "begin lines disarmed"},
+    {"count.subjectsMarked", "subjects marked"},
+    {"count.multipartsRelabelled", "multiparts relabelled"},
+    {"count.sendersListed", "senders on the spammer list marked"},
+};
+
+const Captions kPolish = {
+    {"nav.status", "Stan"},
+    {"nav.dryrun", "Podgląd"},
+    {"col.state", "Stan"},
+    {"col.bytes", "Bajty we / wy"},
+    {"col.channels", "Kanały"},
+    {"counts.title", "Wiadomości zmienione od uruchomienia"},
+    {"log.time", "Czas"},
+    {"log.from", "Od"},
+    {"log.subject", "Temat"},
+    {"log.changed", "Zmiany"},
+    {"log.addSender", "dodaj nadawcę do listy"},
+    {"tls.plain", "bez szyfrowania"},
+    {"tls.insidePlain", "klient przełączył się na TLS: jego wiadomości przechodzą bez zmian"},
+    {"port.nextStart", "(od następnego uruchomienia)"},
+    {"dryrun.intro",
+     "Wklej artykuł lub list: zobaczysz go tak, jak wysłałyby go bieżące ustawienia. Nic nie "
+     "zostanie wysłane."},
+    {"dryrun.news", "Grupy dyskusyjne"},
+    {"dryrun.mail", "Poczta"},
+    {"dryrun.show", "Pokaż"},
+    {"settings.none", "Nie ma jeszcze pliku ustawień: dodaj tunel poniżej; {apply} zapisze {file}"},
+    {"state.posting", "wysyłanie"},
+    {"state.collecting", "zbieranie"},
+    {"state.sending mail", "wysyłanie poczty"},
+    {"state.relaying", "przekazywanie"},
+    {"spammer.added", "dodano"},
+    {"spammer.listed", "już jest na liście"},
+    {"spammer.notAddress", "to nie jest adres"},
+    {"spammer.failed", "nie udało się"},
+    {"count.headersReplaced", "zastąpione nagłówki"},
+    {"count.customHeadersInserted", "wstawione własne nagłówki"},
+    {"count.referencesShortened", "skrócone References"},
+    {"count.signaturesAppended", "dołączone sygnatury"},
+    {"count.controlCharsBlanked", "wymazane znaki sterujące"},
+    {"count.beginLinesDisarmed", "rozbrojone wiersze begin"},
+    {"count.subjectsMarked", "oznaczone tematy"},
+    {"count.multipartsRelabelled", "przemianowane części multipart"},
+    {"count.sendersListed", "oznaczeni nadawcy z listy spamerów"},
+};
+
+const Captions kGerman = {
+    {"nav.status", "Status"},
+    {"nav.dryrun", "Probelauf"},
+    {"col.state", "Zustand"},
+    {"col.bytes", "Bytes ein / aus"},
+    {"col.channels", "Kanäle"},
+    {"counts.title", "Seit dem Start geänderte Nachrichten"},
+    {"log.time", "Zeit"},
+    {"log.from", "Von"},
+    {"log.subject", "Betreff"},
+    {"log.changed", "Geändert"},
+    {"log.addSender", "Absender in die Liste aufnehmen"},
+    {"tls.plain", "unverschlüsselt"},
+    {"tls.insidePlain",
+     "der Client hat auf TLS umgeschaltet: seine Nachrichten gehen unbearbeitet durch"},
+    {"port.nextStart", "(ab dem nächsten Start)"},
+    {"dryrun.intro",
+     "Fügen Sie einen Artikel oder eine Mail ein: Der Text wird so gezeigt, wie ihn die "
+     "aktuellen Einstellungen senden würden. Es wird nichts gesendet."},
+    {"dryrun.news", "News"},
+    {"dryrun.mail", "Mail"},
+    {"dryrun.show", "Anzeigen"},
+    {"settings.none",
+     "Noch keine Einstellungsdatei: Fügen Sie unten einen Tunnel hinzu; {apply} schreibt {file}"},
+    {"state.posting", "sendet"},
+    {"state.collecting", "sammelt"},
+    {"state.sending mail", "sendet Mail"},
+    {"state.relaying", "leitet weiter"},
+    {"spammer.added", "aufgenommen"},
+    {"spammer.listed", "schon in der Liste"},
+    {"spammer.notAddress", "keine Adresse"},
+    {"spammer.failed", "fehlgeschlagen"},
+    {"count.headersReplaced", "Kopfzeilen ersetzt"},
+    {"count.customHeadersInserted", "eigene Kopfzeilen eingefügt"},
+    {"count.referencesShortened", "References gekürzt"},
+    {"count.signaturesAppended", "Signaturen angehängt"},
+    {"count.controlCharsBlanked", "Steuerzeichen gelöscht"},
+    {"count.beginLinesDisarmed", "begin-Zeilen entschärft"},
+    {"count.subjectsMarked", "Betreffzeilen markiert"},
+    {"count.multipartsRelabelled", "Multipart-Teile umbenannt"},
+    {"count.sendersListed", "Absender aus der Spammerliste markiert"},
+};
+
+const Captions kSlovenian = {
+    {"nav.status", "Stanje"},
+    {"nav.dryrun", "Preizkus"},
+    {"col.state", "Stanje"},
+    {"col.bytes", "Bajti noter / ven"},
+    {"col.channels", "Kanali"},
+    {"counts.title", "Sporočila, spremenjena od zagona"},
+    {"log.time", "Čas"},
+    {"log.from", "Od"},
+    {"log.subject", "Zadeva"},
+    {"log.changed", "Spremembe"},
+    {"log.addSender", "dodaj pošiljatelja na seznam"},
+    {"tls.plain", "nešifrirano"},
+    {"tls.insidePlain", "odjemalec je preklopil na TLS: njegova sporočila gredo skozi neobdelana"},
+    {"port.nextStart", "(od naslednjega zagona)"},
+    {"dryrun.intro",
+     "Prilepite članek ali pismo: prikazano bo tako, kot bi ga poslale trenutne nastavitve. "
+     "Nič ne bo poslano."},
+    {"dryrun.news", "Novice"},
+    {"dryrun.mail", "Pošta"},
+    {"dryrun.show", "Prikaži"},
+    {"settings.none", "Datoteke z nastavitvami še ni: spodaj dodajte tunel; {apply} zapiše {file}"},
+    {"state.posting", "pošiljanje"},
+    {"state.collecting", "zbiranje"},
+    {"state.sending mail", "pošiljanje pošte"},
+    {"state.relaying", "posredovanje"},
+    {"spammer.added", "dodan"},
+    {"spammer.listed", "že na seznamu"},
+    {"spammer.notAddress", "ni naslov"},
+    {"spammer.failed", "ni uspelo"},
+    {"count.headersReplaced", "zamenjane glave"},
+    {"count.customHeadersInserted", "vstavljene lastne glave"},
+    {"count.referencesShortened", "skrajšani References"},
+    {"count.signaturesAppended", "dodani podpisi"},
+    {"count.controlCharsBlanked", "izbrisani krmilni znaki"},
+    {"count.beginLinesDisarmed", "onemogočene vrstice begin"},
+    {"count.subjectsMarked", "označene zadeve"},
+    {"count.multipartsRelabelled", "preimenovani deli multipart"},
+    {"count.sendersListed", "označeni pošiljatelji s seznama spamerjev"},
+};
+
+const Captions kFrench = {
+    {"nav.status", "État"},
+    {"nav.dryrun", "Essai à blanc"},
+    {"col.state", "État"},
+    {"col.bytes", "Octets reçus / envoyés"},
+    {"col.channels", "Canaux"},
+    {"counts.title", "Messages modifiés depuis le démarrage"},
+    {"log.time", "Heure"},
+    {"log.from", "De"},
+    {"log.subject", "Objet"},
+    {"log.changed", "Modifications"},
+    {"log.addSender", "ajouter l'expéditeur à la liste"},
+    {"tls.plain", "en clair"},
+    {"tls.insidePlain", "le client est passé en TLS : ses messages passent sans traitement"},
+    {"port.nextStart", "(au prochain démarrage)"},
+    {"dryrun.intro",
+     "Collez un article ou un courriel : il est affiché tel que les réglages actuels "
+     "l'enverraient. Rien n'est envoyé."},
+    {"dryrun.news", "News"},
+    {"dryrun.mail", "Courrier"},
+    {"dryrun.show", "Afficher"},
+    {"settings.none",
+     "Pas encore de fichier de réglages : ajoutez un tunnel ci-dessous ; {apply} écrira {file}"},
+    {"state.posting", "envoi"},
+    {"state.collecting", "collecte"},
+    {"state.sending mail", "envoi de courrier"},
+    {"state.relaying", "relais"},
+    {"spammer.added", "ajouté"},
+    {"spammer.listed", "déjà dans la liste"},
+    {"spammer.notAddress", "pas une adresse"},
+    {"spammer.failed", "échec"},
+    {"count.headersReplaced", "en-têtes remplacés"},
+    {"count.customHeadersInserted", "en-têtes personnalisés insérés"},
+    {"count.referencesShortened", "References raccourcis"},
+    {"count.signaturesAppended", "signatures ajoutées"},
+    {"count.controlCharsBlanked", "caractères de contrôle effacés"},
+    {"count.beginLinesDisarmed", "lignes begin désamorcées"},
+    {"count.subjectsMarked", "sujets marqués"},
+    {"count.multipartsRelabelled", "parties multipart renommées"},
+    {"count.sendersListed", "expéditeurs de la liste des spammeurs marqués"},
+};
+
+const Captions kSpanish = {
+    {"nav.status", "Estado"},
+    {"nav.dryrun", "Prueba"},
+    {"col.state", "Estado"},
+    {"col.bytes", "Bytes recibidos / enviados"},
+    {"col.channels", "Canales"},
+    {"counts.title", "Mensajes cambiados desde el inicio"},
+    {"log.time", "Hora"},
+    {"log.from", "De"},
+    {"log.subject", "Asunto"},
+    {"log.changed", "Cambios"},
+    {"log.addSender", "añadir el remitente a la lista"},
+    {"tls.plain", "sin cifrar"},
+    {"tls.insidePlain", "el cliente pasó a TLS: sus mensajes pasan sin procesar"},
+    {"port.nextStart", "(desde el próximo inicio)"},
+    {"dryrun.intro",
+     "Pegue un artículo o un correo: se muestra tal como lo enviaría la configuración actual. "
+     "No se envía nada."},
+    {"dryrun.news", "Noticias"},
+    {"dryrun.mail", "Correo"},
+    {"dryrun.show", "Mostrar"},
+    {"settings.none",
+     "Aún no hay archivo de configuración: añada un túnel abajo; {apply} escribe {file}"},
+    {"state.posting", "publicando"},
+    {"state.collecting", "recogiendo"},
+    {"state.sending mail", "enviando correo"},
+    {"state.relaying", "retransmitiendo"},
+    {"spammer.added", "añadido"},
+    {"spammer.listed", "ya está en la lista"},
+    {"spammer.notAddress", "no es una dirección"},
+    {"spammer.failed", "falló"},
+    {"count.headersReplaced", "cabeceras sustituidas"},
+    {"count.customHeadersInserted", "cabeceras propias insertadas"},
+    {"count.referencesShortened", "References acortadas"},
+    {"count.signaturesAppended", "firmas añadidas"},
+    {"count.controlCharsBlanked", "caracteres de control borrados"},
+    {"count.beginLinesDisarmed", "líneas begin desactivadas"},
+    {"count.subjectsMarked", "asuntos marcados"},
+    {"count.multipartsRelabelled", "partes multipart renombradas"},
+    {"count.sendersListed", "remitentes de la lista de spammers marcados"},
+};
+
+}  // namespace
+
+const Captions& WebCaptions(int16_t base) {
+  switch (base) {
+    case kLangPolish:
+      return kPolish;
+    case kLangGerman:
+      return kGerman;
+    case kLangSlovenian:
+      return kSlovenian;
+    case kLangFrench:
+      return kFrench;
+    case kLangSpanish:
+      return kSpanish;
+    default:
+      return kEnglish;
+  }
+}
+
+}  // namespace brindle::web
