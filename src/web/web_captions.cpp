@@ -39,6 +39,8 @@ const Captions kEnglish = {
     {"spammer.listed", "already listed"},
     {"spammer.notAddress", "not an address"},
     {"spammer.failed", "failed"},
+    {"spammer.noList", "No spammer list is set."},
+    {"language.unknown", "Unknown language."},
     {"count.headersReplaced", "headers replaced"},
     {"count.customHeadersInserted", "custom headers inserted"},
     {"count.referencesShortened", "References shortened"},
@@ -48,6 +50,11 @@ const Captions kEnglish = {
     {"count.subjectsMarked", "subjects marked"},
     {"count.multipartsRelabelled", "multiparts relabelled"},
     {"count.sendersListed", "senders on the spammer list marked"},
+    {"change.controlChars", "control characters"},
+    {"change.beginLines", "begin lines"},
+    {"change.subjectMarked", "subject marked"},
+    {"change.spammerList", "spammer list"},
+    {"change.multipartRelabelled", "multipart relabelled"},
 };
 
 const Captions kPolish = {
@@ -80,6 +87,8 @@ const Captions kPolish = {
     {"spammer.listed", "już jest na liście"},
     {"spammer.notAddress", "to nie jest adres"},
     {"spammer.failed", "nie udało się"},
+    {"spammer.noList", "Nie ustawiono listy spamerów."},
+    {"language.unknown", "Nieznany język."},
     {"count.headersReplaced", "zastąpione nagłówki"},
     {"count.customHeadersInserted", "wstawione własne nagłówki"},
     {"count.referencesShortened", "skrócone References"},
@@ -89,6 +98,11 @@ const Captions kPolish = {
     {"count.subjectsMarked", "oznaczone tematy"},
     {"count.multipartsRelabelled", "przemianowane części multipart"},
     {"count.sendersListed", "oznaczeni nadawcy z listy spamerów"},
+    {"change.controlChars", "znaki sterujące"},
+    {"change.beginLines", "wiersze begin"},
+    {"change.subjectMarked", "temat oznaczony"},
+    {"change.spammerList", "lista spamerów"},
+    {"change.multipartRelabelled", "multipart przemianowany"},
 };
 
 const Captions kGerman = {
@@ -123,6 +137,8 @@ const Captions kGerman = {
     {"spammer.listed", "schon in der Liste"},
     {"spammer.notAddress", "keine Adresse"},
     {"spammer.failed", "fehlgeschlagen"},
+    {"spammer.noList", "Es ist keine Spammerliste eingestellt."},
+    {"language.unknown", "Unbekannte Sprache."},
     {"count.headersReplaced", "Kopfzeilen ersetzt"},
     {"count.customHeadersInserted", "eigene Kopfzeilen eingefügt"},
     {"count.referencesShortened", "References gekürzt"},
@@ -132,6 +148,11 @@ const Captions kGerman = {
     {"count.subjectsMarked", "Betreffzeilen markiert"},
     {"count.multipartsRelabelled", "Multipart-Teile umbenannt"},
     {"count.sendersListed", "Absender aus der Spammerliste markiert"},
+    {"change.controlChars", "Steuerzeichen"},
+    {"change.beginLines", "begin-Zeilen"},
+    {"change.subjectMarked", "Betreff markiert"},
+    {"change.spammerList", "Spammerliste"},
+    {"change.multipartRelabelled", "Multipart umbenannt"},
 };
 
 const Captions kSlovenian = {
@@ -164,6 +185,8 @@ const Captions kSlovenian = {
     {"spammer.listed", "že na seznamu"},
     {"spammer.notAddress", "ni naslov"},
     {"spammer.failed", "ni uspelo"},
+    {"spammer.noList", "Seznam spamerjev ni nastavljen."},
+    {"language.unknown", "Neznan jezik."},
     {"count.headersReplaced", "zamenjane glave"},
     {"count.customHeadersInserted", "vstavljene lastne glave"},
     {"count.referencesShortened", "skrajšani References"},
@@ -173,6 +196,11 @@ const Captions kSlovenian = {
     {"count.subjectsMarked", "označene zadeve"},
     {"count.multipartsRelabelled", "preimenovani deli multipart"},
     {"count.sendersListed", "označeni pošiljatelji s seznama spamerjev"},
+    {"change.controlChars", "krmilni znaki"},
+    {"change.beginLines", "vrstice begin"},
+    {"change.subjectMarked", "zadeva označena"},
+    {"change.spammerList", "seznam spamerjev"},
+    {"change.multipartRelabelled", "multipart preimenovan"},
 };
 
 const Captions kFrench = {
@@ -206,6 +234,8 @@ const Captions kFrench = {
     {"spammer.listed", "déjà dans la liste"},
     {"spammer.notAddress", "pas une adresse"},
     {"spammer.failed", "échec"},
+    {"spammer.noList", "Aucune liste de spammeurs n'est définie."},
+    {"language.unknown", "Langue inconnue."},
     {"count.headersReplaced", "en-têtes remplacés"},
     {"count.customHeadersInserted", "en-têtes personnalisés insérés"},
     {"count.referencesShortened", "References raccourcis"},
@@ -215,6 +245,11 @@ const Captions kFrench = {
     {"count.subjectsMarked", "sujets marqués"},
     {"count.multipartsRelabelled", "parties multipart renommées"},
     {"count.sendersListed", "expéditeurs de la liste des spammeurs marqués"},
+    {"change.controlChars", "caractères de contrôle"},
+    {"change.beginLines", "lignes begin"},
+    {"change.subjectMarked", "sujet marqué"},
+    {"change.spammerList", "liste des spammeurs"},
+    {"change.multipartRelabelled", "multipart renommé"},
 };
 
 const Captions kSpanish = {
@@ -248,6 +283,8 @@ const Captions kSpanish = {
     {"spammer.listed", "ya está en la lista"},
     {"spammer.notAddress", "no es una dirección"},
     {"spammer.failed", "falló"},
+    {"spammer.noList", "No hay ninguna lista de spammers definida."},
+    {"language.unknown", "Idioma desconocido."},
     {"count.headersReplaced", "cabeceras sustituidas"},
     {"count.customHeadersInserted", "cabeceras propias insertadas"},
     {"count.referencesShortened", "References acortadas"},
@@ -257,6 +294,11 @@ const Captions kSpanish = {
     {"count.subjectsMarked", "asuntos marcados"},
     {"count.multipartsRelabelled", "partes multipart renombradas"},
     {"count.sendersListed", "remitentes de la lista de spammers marcados"},
+    {"change.controlChars", "caracteres de control"},
+    {"change.beginLines", "líneas begin"},
+    {"change.subjectMarked", "asunto marcado"},
+    {"change.spammerList", "lista de spammers"},
+    {"change.multipartRelabelled", "multipart renombrado"},
 };
 
 }  // namespace
@@ -276,6 +318,13 @@ const Captions& WebCaptions(int16_t base) {
     default:
       return kEnglish;
   }
+}
+
+std::string_view WebCaption(int16_t base, std::string_view key) {
+  for (const auto& [k, text] : WebCaptions(base)) {
+    if (k == key) return text;
+  }
+  return key;
 }
 
 }  // namespace brindle::web

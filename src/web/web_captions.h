@@ -17,4 +17,8 @@ namespace brindle::web {
 // the same, in the same order, for every language.
 const std::vector<std::pair<std::string_view, std::string_view>>& WebCaptions(int16_t base);
 
+// One caption of WebCaptions(base); an unknown key is returned as it is, so
+// a missing caption shows as its key rather than as nothing.
+std::string_view WebCaption(int16_t base, std::string_view key);
+
 }  // namespace brindle::web

@@ -57,7 +57,8 @@ TEST(WebCaptionsTest, EveryKeyThePagesUseIsDefined) {
   // Keys built at run time: the counters and the channel states.
   for (const char* key :
        {"count.sendersListed", "state.posting", "state.collecting", "state.relaying",
-        "state.sending mail", "spammer.listed", "spammer.notAddress"}) {
+        "state.sending mail", "spammer.listed", "spammer.notAddress", "change.controlChars",
+        "change.multipartRelabelled"}) {
     EXPECT_TRUE(keys.count(key)) << key;
   }
 }

@@ -34,6 +34,20 @@ std::string Number(uint64_t n) {
   return std::to_string(n);
 }
 
+// What a filter did to a logged message, as caption keys: the page shows
+// them in its own language, while the log file keeps its fixed names.
+std::string ChangeKeys(const DownloadChanges& changes) {
+  static constexpr const char* kKeys[kDownloadStepCount] = {
+      "change.controlChars", "change.beginLines", "change.subjectMarked", "change.spammerList",
+      "change.multipartRelabelled"};
+  std::string json = "[";
+  for (int i = 0; i < kDownloadStepCount; ++i) {
+    if (!changes.Has(static_cast<DownloadStep>(i))) continue;
+    json += std::string(json.size() > 1 ? "," : "") + "\"" + kKeys[i] + "\"";
+  }
+  return json + "]";
+}
+
 std::string CountsJson(const StepCounts& c) {
   return "{\"headersReplaced\":" + Number(c.headersReplaced) +
          ",\"customHeadersInserted\":" + Number(c.customHeadersInserted) +
@@ -205,7 +219,7 @@ WebResponse WebView::DryRunAnswer(const std::map<std::string, std::string>& form
 WebResponse WebView::Language(const std::map<std::string, std::string>& form) {
   auto base = BaseFromTwoLetterCode(Field(form, "language"));
   auto item = base ? LanguageMenuItemOf(*base) : std::nullopt;
-  if (!item) return Refused(400, "Unknown language.");
+  if (!item) return Refused(400, WebCaption(store_.Current()->intLanguage, "language.unknown"));
   languages_.Click(*item);
   return Strings();
 }
@@ -224,7 +238,7 @@ WebResponse WebView::FilterLog() {
               ",\"tunnel\":" + JsonString(CodePageToUtf8(entry->tunnel)) +
               ",\"sender\":" + JsonString(CodePageToUtf8(entry->sender)) +
               ",\"subject\":" + JsonString(CodePageToUtf8(entry->subject)) +
-              ",\"changes\":" + JsonString(entry->changes.Names()) + "}";
+              ",\"changes\":" + ChangeKeys(entry->changes) + "}";
       first = false;
     }
   }
@@ -233,7 +247,8 @@ WebResponse WebView::FilterLog() {
 
 WebResponse WebView::AddToSpammers(const std::string& sender) {
   const auto settings = store_.Current();
-  if (settings->strSpammers.empty()) return Refused(409, "No spammer list is set.");
+  if (settings->strSpammers.empty())
+    return Refused(409, WebCaption(settings->intLanguage, "spammer.noList"));
   const char* result = "failed";
   switch (AddSpammer(settings->strSpammers, sender)) {
     case AddSpammerResult::kAdded:

@@ -169,13 +169,21 @@ TEST_F(WebViewTest, FilterLogLinesAndAddingTheirSenderToTheList) {
 
   const std::string log = view_.Handle(Get("/api/filterlog")).body;
   EXPECT_NE(log.find("\"sender\":\"joe@spam.example\""), std::string::npos) << log;
-  EXPECT_NE(log.find("\"changes\":\"subject marked\""), std::string::npos) << log;
+  EXPECT_NE(log.find("\"changes\":[\"change.subjectMarked\"]"), std::string::npos) << log;
 
   EXPECT_EQ(view_.Handle(Post("/api/spammer", "status", "sender=joe%40spam.example")).body,
             "{\"result\":\"added\"}");
   EXPECT_EQ(view_.Handle(Post("/api/spammer", "status", "sender=joe%40spam.example")).body,
             "{\"result\":\"listed\"}");
   EXPECT_TRUE(SpammerList::Parse(ReadFile(s.strSpammers)).Matches("joe@spam.example"));
+
+  // Without a list the refusal is in the user's language.
+  s.strSpammers.clear();
+  s.intLanguage = kLangGerman;
+  store_.Replace(s);
+  const auto refused = view_.Handle(Post("/api/spammer", "status", "sender=joe%40spam.example"));
+  EXPECT_EQ(refused.status, 409);
+  EXPECT_EQ(refused.body, "Es ist keine Spammerliste eingestellt.\n");
   std::filesystem::remove_all(dir);
 }
 

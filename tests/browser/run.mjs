@@ -8,7 +8,7 @@
 //   BRINDLE_SCREENSHOTS=DIR  also save the option pages and the status page there
 import { chromium } from "playwright-core";
 import { spawn } from "node:child_process";
-import { mkdtempSync, readFileSync, rmSync } from "node:fs";
+import { appendFileSync, mkdtempSync, readFileSync, rmSync } from "node:fs";
 import net from "node:net";
 import os from "node:os";
 import path from "node:path";
@@ -220,6 +220,11 @@ await page.locator("[data-count=customHeadersInserted]", { hasText: /^1$/ }).wai
 check(true, "the status page counts the inserted header without a reload");
 if (shots) await page.screenshot({ path: path.join(shots, "browser-status.png"), fullPage: true });
 
+// A message the filters changed, as the filter log records it.
+appendFileSync(logPath, "2026-11-23 15:40:02\tNNTP news\t<a@b>\tjoe@spam.example\tCheap\t" +
+               "subject marked, spammer list\r\n", "latin1");
+await page.locator("#filter-log", { hasText: "joe@spam.example" }).waitFor();
+
 // The language switch changes the captions at once.
 const before = await page.textContent("#nav-options");
 await page.selectOption("#language", "DE");
@@ -229,6 +234,8 @@ await page.locator("#counts").filter({ hasText: "eigene Kopfzeilen eingefügt" }
 check(await page.textContent("#nav-dryrun") === "Probelauf" &&
       (await page.textContent("#channels thead")).includes("Zustand"),
       "the status page's own captions follow the language");
+await page.locator("#filter-log tbody", { hasText: "Betreff markiert, Spammerliste" }).waitFor();
+check(true, "the filter log names the changes in the chosen language");
 
 // The dry run shows the rewritten article with the changed line marked.
 await page.click("#nav-dryrun");

@@ -109,7 +109,8 @@ async function addSpammer(sender) {
 function showFilterLog(log) {
   state.log = log;
   fillTable("filter-log", log.lines.slice().reverse(), (row, l) => {
-    for (const text of [l.time, l.tunnel, l.sender, l.subject, l.changes]) cell(row, text);
+    const changes = l.changes.map(text).join(", ");
+    for (const value of [l.time, l.tunnel, l.sender, l.subject, changes]) cell(row, value);
     if (!l.sender) return;
     const add = document.createElement("button");
     add.type = "button";
