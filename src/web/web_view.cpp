@@ -162,7 +162,7 @@ WebResponse WebView::Post(const std::string& path, const WebRequest& request) {
   const auto form = ParseForm(request.body);
   const std::string page = Field(form, "page");
   if (!rules_.TokenMatches(page, Field(form, "token")))
-    return Refused(403, "This page is out of date: reload it.");
+    return Refused(403, WebCaption(store_.Current()->intLanguage, "page.stale"));
   if (path == "/api/dryrun") return DryRunAnswer(form);
   if (path == "/api/language") return Language(form);
   if (path == "/api/spammer") return AddToSpammers(Utf8ToCodePage(Field(form, "sender")));

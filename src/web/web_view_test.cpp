@@ -126,7 +126,9 @@ TEST_F(WebViewTest, ChangesNeedOurOriginTheirPageTokenAndABoundedBody) {
 
   WebRequest otherPagesToken = Post("/api/language", "options", body);
   otherPagesToken.body = "page=options&token=" + rules_.PageToken("dryrun") + "&" + body;
-  EXPECT_EQ(view_.Handle(otherPagesToken).status, 403);
+  const auto stale = view_.Handle(otherPagesToken);
+  EXPECT_EQ(stale.status, 403);
+  EXPECT_EQ(stale.body, "Diese Seite ist veraltet: Laden Sie sie neu.\n");  // the user's language
 
   WebRequest plainText = Post("/api/language", "options", body);
   plainText.contentType = "text/plain";  // what a cross-site form may send unasked
