@@ -98,7 +98,9 @@ class OpenSslSession : public TlsSession {
   }
 
   TlsStatus Read(std::string& plain) override {
-    constexpr size_t kPiece = 64 * 1024;
+    // One call gives at most one record's 16 KiB; growing the string by
+    // more than that would zero memory that is cut off again right after.
+    constexpr size_t kPiece = 16 * 1024;
     size_t start = plain.size();
     for (;;) {
       size_t old = plain.size();
