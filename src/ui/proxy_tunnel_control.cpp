@@ -27,6 +27,14 @@ std::function<void()> AfterAll(size_t count, std::function<void()> done) {
   };
 }
 
+// Callers may want no word back; an empty callback posted back would throw
+// on the other thread instead.
+template <typename Callback>
+Callback OrNothing(Callback done) {
+  if (!done) done = [](auto&&...) {};
+  return done;
+}
+
 }  // namespace
 
 ProxyTunnelControl::ProxyTunnelControl(asio::io_context& io, std::function<Proxy*()> proxy,
@@ -34,7 +42,7 @@ ProxyTunnelControl::ProxyTunnelControl(asio::io_context& io, std::function<Proxy
     : io_(io), proxy_(std::move(proxy)), back_(std::move(back)) {}
 
 void ProxyTunnelControl::Running(std::function<void(std::vector<bool>)> done) {
-  asio::post(io_, [this, done = std::move(done)] {
+  asio::post(io_, [this, done = OrNothing(std::move(done))] {
     std::vector<bool> running;
     if (Proxy* p = proxy_())
       for (const auto& t : p->Tunnels()) running.push_back(t->IsRunning());
@@ -43,7 +51,7 @@ void ProxyTunnelControl::Running(std::function<void(std::vector<bool>)> done) {
 }
 
 void ProxyTunnelControl::Start(size_t position, std::function<void(int)> done) {
-  asio::post(io_, [this, position, done = std::move(done)] {
+  asio::post(io_, [this, position, done = OrNothing(std::move(done))] {
     Proxy* p = proxy_();
     if (p == nullptr || position >= p->Tunnels().size()) {
       back_([done] { done(-1); });
@@ -55,7 +63,7 @@ void ProxyTunnelControl::Start(size_t position, std::function<void(int)> done) {
 }
 
 void ProxyTunnelControl::Stop(size_t position, std::function<void()> done) {
-  asio::post(io_, [this, position, done = std::move(done)] {
+  asio::post(io_, [this, position, done = OrNothing(std::move(done))] {
     Proxy* p = proxy_();
     if (p == nullptr || position >= p->Tunnels().size()) {
       back_(done);
@@ -66,7 +74,7 @@ void ProxyTunnelControl::Stop(size_t position, std::function<void()> done) {
 }
 
 void ProxyTunnelControl::Reconfigure(TunnelPlan plan, std::function<void()> done) {
-  asio::post(io_, [this, plan = std::move(plan), done = std::move(done)]() mutable {
+  asio::post(io_, [this, plan = std::move(plan), done = OrNothing(std::move(done))]() mutable {
     Proxy* p = proxy_();
     if (p == nullptr) {
       back_(done);

@@ -175,6 +175,15 @@ TEST(ProxyTunnelControl, ReconfiguresTheProxysTunnels) {
   control.Running([&](std::vector<bool> r) { running = r; });
   ASSERT_TRUE(RunUntil(io, [&] { return !running.empty(); }));
   EXPECT_EQ(running, (std::vector<bool>{true, false}));
+
+  // An Apply that wants no word back (the language menu's, the browser's)
+  // reconfigures all the same.
+  next.tunnels[0].SrcPort = UnusedPort(io);
+  applier.Apply(next, {0, 1});
+  EXPECT_TRUE(RunUntil(io, [&] {
+    return proxy.Tunnels()[0]->SrcPort == next.tunnels[0].SrcPort &&
+           proxy.Tunnels()[0]->IsRunning();
+  }));
 }
 
 }  // namespace

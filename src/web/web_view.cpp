@@ -100,10 +100,7 @@ WebView::WebView(asio::io_context& io, Proxy& proxy, SettingsStore& store, Acces
       languages_(store, windows_, [save](const Settings& s) { save(s); }),
       // Already on the proxy's thread: answers run where they arrive.
       tunnels_(
-          io, [&proxy] { return &proxy; },
-          [](std::function<void()> f) {
-            if (f) f();
-          }),
+          io, [&proxy] { return &proxy; }, [](std::function<void()> f) { f(); }),
       applier_(store, &tunnels_, save),
       displayOff_(io) {}
 
