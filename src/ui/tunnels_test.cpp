@@ -176,7 +176,7 @@ TEST(ProxyTunnelControl, ReconfiguresTheProxysTunnels) {
   ASSERT_TRUE(RunUntil(io, [&] { return !running.empty(); }));
   EXPECT_EQ(running, (std::vector<bool>{true, false}));
 
-  // An Apply that wants no word back (the language menu's, the browser's)
+  // An Apply that wants no word back (the browser's, the main window's toggles)
   // reconfigures all the same.
   next.tunnels[0].SrcPort = UnusedPort(io);
   applier.Apply(next, {0, 1});
