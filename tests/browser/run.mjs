@@ -236,6 +236,7 @@ check(await page.textContent("#nav-dryrun") === "Probelauf" &&
       "the status page's own captions follow the language");
 await page.locator("#filter-log tbody", { hasText: "Betreff markiert, Spammerliste" }).waitFor();
 check(true, "the filter log names the changes in the chosen language");
+if (shots) await page.screenshot({ path: path.join(shots, "browser-status-de.png"), fullPage: true });
 
 // The dry run shows the rewritten article with the changed line marked.
 await page.click("#nav-dryrun");
